@@ -1,0 +1,256 @@
+// SPDX-License-Identifier: MIT
+// The cross-model vertex lists: what clears them, what rebuilds them, and how they follow the models.
+#include "editing/ZWeightSelection.h"
+#include "editing/ZWeightingUndo.h"
+
+#include <algorithm>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+namespace {
+
+/// The record of the model at hand: a new one for each model, unless nothing has come into the last one yet.
+class RecordPerModel
+{
+public:
+    explicit RecordPerModel(IEditingOwner& owner) : m_owner(owner) {}
+    ZWeightingSelectionUndo& For(ZWeightUIModelData& data)
+    {
+        if (m_record == nullptr || !m_record->IsEmpty()) {
+            m_record = new ZWeightingSelectionUndo(&m_owner);
+            m_record->SetModel(&data);
+            ZUndoStack::TheOne()->TransactionAdd(m_record);
+        } else {
+            m_record->SetModel(&data);
+        }
+        return *m_record;
+    }
+
+private:
+    IEditingOwner& m_owner;
+    ZWeightingSelectionUndo* m_record = nullptr;
+};
+
+/// Every list of the model is emptied; the record hears of each vertex once.
+void ClearVertexLists(ZWeightUIModelData& data, ZWeightingSelectionUndo* undo)
+{
+    for (const int vertex : data.selectedVertices) {
+        if (undo != nullptr)
+            undo->RecordTransition(vertex, data.vertexStates[vertex], 0);
+        data.vertexStates[vertex] = 0;
+    }
+    data.noActiveVertices = 1;
+    data.noSelectedVertices = 1;
+    data.activeVertices.RemoveAll();
+    data.selectedVertices.RemoveAll();
+}
+
+} // namespace
+
+void ZWeightSelection::ClearAllVertexLists()
+{
+    ZUndoStack* const stack = ZUndoStack::TheOne();
+    stack->TransactionBegin("Tool Weighting Clear All Vertex Lists", false);
+    RecordPerModel record(m_owner);
+    ZWeightUIModelDataList& models = m_owner.ModelDataList();
+    for (int i = 0; i < models.GetCount(); ++i)
+        if (models[i]->modelSelected != 0 && !models[i]->selectedVertices.IsEmpty())
+            ClearVertexLists(*models[i], &record.For(*models[i]));
+    Clear();
+    stack->TransactionEnd(false, false);
+}
+
+void ZWeightSelection::DeactivateAll()
+{
+    ZUndoStack* const stack = ZUndoStack::TheOne();
+    stack->TransactionBegin("", false);
+    targetRows.RemoveAll();
+    noActive = true;
+    RecordPerModel record(m_owner);
+    ZWeightUIModelDataList& models = m_owner.ModelDataList();
+    for (int i = 0; i < models.GetCount(); ++i) {
+        ZWeightUIModelData& data = *models[i];
+        if (data.modelSelected == 0)
+            continue;
+        ZWeightingSelectionUndo& undo = record.For(data);
+        for (const int vertex : data.activeVertices) {
+            undo.RecordTransition(vertex, data.vertexStates[vertex], 1);
+            data.vertexStates[vertex] = 1;
+        }
+        data.activeVertices.RemoveAll();
+        data.noActiveVertices = 1;
+    }
+    stack->TransactionEnd(false, false);
+}
+
+void ZWeightSelection::RowSelectionChanged(const std::vector<int>& selected)
+{
+    ZUndoStack* const stack = ZUndoStack::TheOne();
+    stack->TransactionBegin("", false);
+    targetRows.RemoveAll();
+    noActive = true;
+    std::unordered_set<ZWeightUIModelData*> begun;
+    ZWeightUIModelData* data = nullptr;
+    ZWeightingSelectionUndo* undo = nullptr;
+    auto next = selected.begin();
+    for (int row = 0; row < vertexRows.GetCount(); ++row) {
+        if (vertexModels[row] != data) {
+            data = vertexModels[row];
+            undo = new ZWeightingSelectionUndo(&m_owner);
+            undo->SetModel(data);
+            stack->TransactionAdd(undo);
+            if (begun.insert(data).second)
+                data->BeginSelectionBatch();
+        }
+        while (next != selected.end() && *next < row)
+            ++next;
+        if (next != selected.end() && *next == row) {
+            targetRows.Add(row);
+            data->ActivateVertex(vertexRows[row], undo);
+            noActive = false;
+        } else {
+            data->DeactivateVertex(vertexRows[row], undo);
+        }
+    }
+    for (ZWeightUIModelData* const model : begun)
+        model->EndSelectionBatch();
+    stack->TransactionEnd(false, false);
+    m_owner.RefreshPanelLists();
+    m_owner.TakeSpreadSnapshot();
+}
+
+void ZWeightSelection::SyncPanelSelection()
+{
+    DeselectUnchecked();
+    targetRows.RemoveAll();
+    if (m_owner.ModelDataList().GetCount() == 0) {
+        Clear();
+        return;
+    }
+    AppendActiveRows();
+    noActive = targetRows.IsEmpty();
+    if (vertexRows.IsEmpty()) {
+        noSelection = true;
+        noActive = true;
+    }
+}
+
+/// Models that are not checked lose their vertex selection, without a record, and their rows.
+void ZWeightSelection::DeselectUnchecked()
+{
+    ZWeightUIModelDataList& models = m_owner.ModelDataList();
+    std::unordered_set<const ZWeightUIModelData*> unchecked;
+    for (int i = 0; i < models.GetCount(); ++i) {
+        ZWeightUIModelData& data = *models[i];
+        if (data.modelSelected != 0)
+            continue;
+        unchecked.insert(&data);
+        if (!data.selectedVertices.IsEmpty())
+            ClearVertexLists(data, nullptr);
+    }
+    if (unchecked.empty())
+        return;
+    int kept = 0;
+    for (int row = 0; row < vertexRows.GetCount(); ++row) {
+        if (unchecked.count(vertexModels[row]) > 0)
+            continue;
+        vertexRows[kept] = vertexRows[row];
+        vertexModels[kept] = vertexModels[row];
+        ++kept;
+    }
+    vertexRows.SetCount(kept);
+    vertexModels.SetCount(kept);
+}
+
+/// For each model in list order and each of its active vertices in activation order: every row of that vertex, ascending.
+/// The rows of a vertex are chained through an index, so that nothing is searched for.
+void ZWeightSelection::AppendActiveRows()
+{
+    ZWeightUIModelDataList& models = m_owner.ModelDataList();
+    std::unordered_map<const ZWeightUIModelData*, std::vector<int>> firstRows;
+    for (int i = 0; i < models.GetCount(); ++i)
+        if (!models[i]->activeVertices.IsEmpty())
+            firstRows[models[i]].assign(static_cast<size_t>(models[i]->vertexStates.GetCount()), -1);
+
+    std::vector<int> nextRow(static_cast<size_t>(vertexRows.GetCount()), -1);
+    const ZWeightUIModelData* last = nullptr;
+    std::vector<int>* firsts = nullptr;
+    for (int row = vertexRows.GetCount() - 1; row >= 0; --row) {
+        if (vertexModels[row] != last) {
+            last = vertexModels[row];
+            const auto found = firstRows.find(last);
+            firsts = found == firstRows.end() ? nullptr : &found->second;
+        }
+        const auto vertex = static_cast<size_t>(vertexRows[row]);
+        if (firsts == nullptr || vertex >= firsts->size())
+            continue;
+        nextRow[static_cast<size_t>(row)] = (*firsts)[vertex];
+        (*firsts)[vertex] = row;
+    }
+
+    for (int i = 0; i < models.GetCount(); ++i) {
+        const auto found = firstRows.find(models[i]);
+        if (found == firstRows.end())
+            continue;
+        for (const int vertex : models[i]->activeVertices)
+            for (int row = found->second[static_cast<size_t>(vertex)]; row >= 0; row = nextRow[static_cast<size_t>(row)])
+                targetRows.Add(row);
+    }
+}
+
+void ZWeightSelection::RebuildRows()
+{
+    vertexRows.RemoveAll();
+    vertexModels.RemoveAll();
+    targetRows.RemoveAll();
+    ZWeightUIModelDataList& models = m_owner.ModelDataList();
+    for (int i = 0; i < models.GetCount(); ++i) {
+        ZWeightUIModelData* const data = models[i];
+        if (data->modelSelected == 0)
+            continue;
+        for (const int vertex : data->selectedVertices) {
+            const int row = vertexRows.Add(vertex);
+            vertexModels.Add(data);
+            if (data->GetVertexState(vertex) == 2)
+                targetRows.Add(row);
+        }
+    }
+    noSelection = vertexRows.IsEmpty();
+    noActive = targetRows.IsEmpty();
+}
+
+void ZWeightSelection::RemoveModel(ZWeightUIModelData* item)
+{
+    // Old row -> new row, -1 for a row that goes.
+    std::vector<int> newRows(static_cast<size_t>(vertexRows.GetCount()), -1);
+    int kept = 0;
+    for (int row = 0; row < vertexRows.GetCount(); ++row) {
+        if (vertexModels[row] == item)
+            continue;
+        newRows[static_cast<size_t>(row)] = kept;
+        vertexRows[kept] = vertexRows[row];
+        vertexModels[kept] = vertexModels[row];
+        ++kept;
+    }
+    vertexRows.SetCount(kept);
+    vertexModels.SetCount(kept);
+    int targets = 0;
+    for (const int row : targetRows) {
+        const bool isThere = row >= 0 && static_cast<size_t>(row) < newRows.size();
+        if (isThere && newRows[static_cast<size_t>(row)] >= 0)
+            targetRows[targets++] = newRows[static_cast<size_t>(row)];
+    }
+    targetRows.SetCount(targets);
+    noSelection = noSelection || vertexRows.IsEmpty();
+    noActive = noActive || targetRows.IsEmpty();
+}
+
+void ZWeightSelection::Clear()
+{
+    vertexRows.RemoveAll();
+    vertexModels.RemoveAll();
+    targetRows.RemoveAll();
+    noSelection = true;
+    noActive = true;
+}

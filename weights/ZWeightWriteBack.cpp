@@ -1,0 +1,265 @@
+// SPDX-License-Identifier: MIT
+// Weights by bone, and their way back into the skin.
+#include "weights/ModelDataPrivate.h"
+#include "weights/SkinRewriter.h"
+#include "zmodel/ZModelInterfaces.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <vector>
+
+namespace {
+
+/// Marks the links of one record after the other without being cleared in between.
+class LinkMarks
+{
+public:
+    void Next() { ++m_round; }
+    /// True the first time in this round. Links that no table can have are never marked.
+    bool Mark(int link)
+    {
+        if (link < 0)
+            return false;
+        if (static_cast<size_t>(link) >= m_rounds.size())
+            m_rounds.resize(static_cast<size_t>(link) + 64, 0);
+        std::uint32_t& round = m_rounds[static_cast<size_t>(link)];
+        const bool first = round != m_round;
+        round = m_round;
+        return first;
+    }
+    bool IsMarked(int link) const
+    {
+        return link >= 0 && static_cast<size_t>(link) < m_rounds.size() &&
+               m_rounds[static_cast<size_t>(link)] == m_round;
+    }
+
+private:
+    std::uint32_t m_round = 0;
+    std::vector<std::uint32_t> m_rounds;
+};
+
+void Copy(const VertexInfluencesView& from, VertexInfluences& to)
+{
+    to.links.Assign(from.links, from.count);
+    to.weights.Assign(from.weights, from.count);
+}
+
+} // namespace
+
+// Bones and links.
+
+void ZWeightUIModelData::IndexBoneLinks() const
+{
+    ZArrayTemplate<int>& index = m_private->linkOfBone;
+    index.RemoveAll();
+    for (int link = boneLinkPositions.GetCount() - 1; link >= 0; --link) {
+        const int bone = boneLinkPositions[link];
+        while (index.GetCount() <= bone)
+            index.Add(-1);
+        if (bone >= 0)
+            index[bone] = link;
+    }
+    m_private->indexedLinks = boneLinkPositions.GetCount();
+}
+
+int ZWeightUIModelData::LinkOfBone(int bone) const
+{
+    if (m_private->indexedLinks != boneLinkPositions.GetCount())
+        IndexBoneLinks();
+    const ZArrayTemplate<int>& index = m_private->linkOfBone;
+    return bone >= 0 && bone < index.GetCount() ? index[bone] : -1;
+}
+
+void ZWeightUIModelData::AppendBoneLinkPosition(int bone)
+{
+    boneLinkPositions.Add(bone);
+    IndexBoneLinks();
+}
+
+// Single weights.
+
+float ZWeightUIModelData::VertexBoneWeight(int bone, int vertex) const
+{
+    const VertexInfluences* const record = RecordOf(vertex);
+    const int link = record != nullptr ? LinkOfBone(bone) : -1;
+    const int place = link >= 0 ? record->links.Find(link) : -1;
+    return place >= 0 ? record->weights[place] : 0.0F;
+}
+
+void ZWeightUIModelData::GetVertexSpread(int vertex, std::span<float> byBone) const
+{
+    std::fill(byBone.begin(), byBone.end(), 0.0F);
+    const VertexInfluences* const record = RecordOf(vertex);
+    if (record == nullptr)
+        return;
+    // Last to first: of two influences on one link the first is the one that counts.
+    for (int k = record->GetCount() - 1; k >= 0; --k) {
+        const int link = record->links[k];
+        const int bone = BoneOfLink(link);
+        if (bone >= 0 && static_cast<size_t>(bone) < byBone.size() && LinkOfBone(bone) == link)
+            byBone[static_cast<size_t>(bone)] = record->weights[k];
+    }
+}
+
+void ZWeightUIModelData::SetVertexBoneWeight(int bone, int vertex, double weight)
+{
+    VertexInfluences* const record = RecordOf(vertex);
+    if (record == nullptr)
+        return;
+    int link = LinkOfBone(bone);
+    if (link < 0) {
+        const ZArrayTemplate<ZModel*>& bones = tool->BoneList();
+        if (weight == 0.0 || bone < 0 || bone >= bones.GetCount() || AddLink(bones[bone]) < 0)
+            return;
+        AppendBoneLinkPosition(bone);
+        link = LinkOfBone(bone);
+    }
+    ISkinLinks* const links = SkinLinks();
+    const bool linkIsThere = links != nullptr && link < links->LinkCount();
+    const int place = record->links.Find(link);
+    if (place < 0 && weight == 0.0)
+        return;
+    if (place < 0)
+        record->Add(link, static_cast<float>(weight));
+    else
+        record->weights[place] = static_cast<float>(weight);
+    if (!linkIsThere)
+        return;
+    links->BeginLink(link);
+    if (place < 0)
+        links->AddEntry(vertex, weight);
+    else
+        links->SetEntryWeight(weight, links->FindEntry(vertex));
+    links->EndLink();
+}
+
+// Many vertices at once.
+
+void ZWeightUIModelData::SetManyVertexSpreads(std::span<const int> vertices, std::span<const int> bones,
+                                              std::span<const double> weights)
+{
+    if (vertices.empty())
+        return;
+    // The new weight of every link, 0 for those that the spread does not name. A bone that is named twice ends with what
+    // was said last, at the place where it was first not 0.
+    const ZArrayTemplate<ZModel*>& boneList = tool->BoneList();
+    std::vector<int> spreadLinks;
+    std::vector<double> weightOfLink;
+    LinkMarks inSpread;
+    inSpread.Next();
+    for (size_t i = 0; i < bones.size(); ++i) {
+        const int bone = bones[i];
+        if (LinkOfBone(bone) < 0 && weights[i] != 0.0 && bone >= 0 && bone < boneList.GetCount() &&
+            AddLink(boneList[bone]) >= 0)
+            AppendBoneLinkPosition(bone);
+        const int link = LinkOfBone(bone);
+        if (link < 0)
+            continue;
+        if (static_cast<size_t>(link) >= weightOfLink.size())
+            weightOfLink.resize(static_cast<size_t>(link) + 1, 0.0);
+        weightOfLink[static_cast<size_t>(link)] = weights[i];
+        if (weights[i] != 0.0 && inSpread.Mark(link))
+            spreadLinks.push_back(link);
+    }
+    weightOfLink.resize(std::max(weightOfLink.size(), static_cast<size_t>(boneLinkPositions.GetCount())), 0.0);
+    // Links that a bone stands for: the second link on one bone is out of a spread's reach.
+    std::vector<std::uint8_t> reachable(weightOfLink.size(), 0);
+    for (int link = 0; link < boneLinkPositions.GetCount(); ++link)
+        reachable[static_cast<size_t>(link)] = LinkOfBone(boneLinkPositions[link]) == link ? 1 : 0;
+
+    SkinWeightBatch skin(SkinLinks());
+    LinkMarks seen;
+    for (const int vertex : vertices) {
+        VertexInfluences* const record = RecordOf(vertex);
+        if (record == nullptr)
+            continue;
+        seen.Next();
+        for (int k = 0; k < record->GetCount(); ++k) {
+            const int link = record->links[k];
+            if (link < 0 || static_cast<size_t>(link) >= reachable.size() || reachable[static_cast<size_t>(link)] == 0 ||
+                !seen.Mark(link))
+                continue;
+            const double weight = weightOfLink[static_cast<size_t>(link)];
+            record->weights[k] = static_cast<float>(weight);
+            skin.Set(link, vertex, weight);
+        }
+        for (const int link : spreadLinks) {
+            if (seen.IsMarked(link))
+                continue;
+            const double weight = weightOfLink[static_cast<size_t>(link)];
+            record->Add(link, static_cast<float>(weight));
+            skin.Add(link, vertex, weight);
+        }
+    }
+}
+
+void ZWeightUIModelData::ApplyVertexInfluences(int vertex, const VertexInfluences& record)
+{
+    // The new record may be the vertex's own.
+    const VertexInfluences copy = record;
+    ApplyManyVertexInfluences(std::span<const int>(&vertex, 1), [&copy](int) {
+        return VertexInfluencesView{copy.links.GetData(), copy.weights.GetData(), copy.GetCount()};
+    });
+}
+
+void ZWeightUIModelData::ApplyManyVertexInfluences(std::span<const int> vertices,
+                                                   const std::function<VertexInfluencesView(int index)>& recordOf)
+{
+    if (!IsLoaded()) {
+        ApplyToUnloaded(vertices, recordOf);
+        return;
+    }
+    SkinWeightBatch skin(SkinLinks());
+    LinkMarks named;
+    for (size_t index = 0; index < vertices.size(); ++index) {
+        const int vertex = vertices[index];
+        VertexInfluences* const record = RecordOf(vertex);
+        if (record == nullptr)
+            continue;
+        const VertexInfluencesView view = recordOf(static_cast<int>(index));
+        named.Next();
+        for (int k = 0; k < view.count; ++k) {
+            named.Mark(view.links[k]);
+            skin.Set(view.links[k], vertex, static_cast<double>(view.weights[k]));
+        }
+        // What the new record does not name ends at 0; what it names need not be 0 in between.
+        for (const int link : record->links)
+            if (!named.IsMarked(link))
+                skin.Set(link, vertex, 0.0);
+        Copy(view, *record);
+    }
+}
+
+/// There are no records that would say which links have an entry for a vertex: every link's entries are gone through once.
+void ZWeightUIModelData::ApplyToUnloaded(std::span<const int> vertices,
+                                         const std::function<VertexInfluencesView(int index)>& recordOf)
+{
+    ISkinLinks* const links = SkinLinks();
+    if (links == nullptr)
+        return;
+    std::vector<std::uint8_t> isTarget(static_cast<size_t>(vertexStates.GetCount()), 0);
+    for (const int vertex : vertices)
+        if (HasVertex(vertex))
+            isTarget[static_cast<size_t>(vertex)] = 1;
+    const int linkCount = links->LinkCount();
+    for (int link = 0; link < linkCount; ++link) {
+        links->BeginLink(link);
+        const int entryCount = links->EntryCount();
+        for (int entry = 0; entry < entryCount; ++entry) {
+            const int vertex = links->EntryVertex(entry);
+            // A weight that is none was never taken into a record and is not touched here either.
+            if (HasVertex(vertex) && isTarget[static_cast<size_t>(vertex)] != 0 && links->EntryWeight(entry) >= 0.0)
+                links->SetEntryWeight(0.0, entry);
+        }
+        links->EndLink();
+    }
+    SkinWeightBatch skin(links);
+    for (size_t index = 0; index < vertices.size(); ++index) {
+        if (!HasVertex(vertices[index]))
+            continue;
+        const VertexInfluencesView view = recordOf(static_cast<int>(index));
+        for (int k = 0; k < view.count; ++k)
+            skin.Set(view.links[k], vertices[index], static_cast<double>(view.weights[k]));
+    }
+}
