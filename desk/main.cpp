@@ -1,0 +1,3 @@
+// SPDX-License-Identifier: MIT
+// Starts the application.
+int main() { return 0; }

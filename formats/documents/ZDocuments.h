@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: MIT
+// The open documents: files and the models that came from them. Shared by the desk and the Python module.
+#pragma once
+
+#include "gltf/CharacterFile.h"
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+class ZModel;
+class ZSession;
+
+struct ZSaveOptions
+{
+    std::string source;               ///< path of the opened file that is meant; needed when more than one is open
+    std::optional<int> maxInfluences; ///< at least 1
+    bool keepTypes = false;
+    bool tieSeams = false;
+    bool asCopy = false; ///< a copy beside the document: what was unsaved stays so
+};
+
+/// What limiting to so many influences would drop from one bone of one model.
+struct ZLimitLine
+{
+    ZModel* model = nullptr;
+    std::string bone;
+    int vertices = 0;
+    double weight = 0; ///< the sum of the dropped weights, fractions of a vertex
+};
+
+/// What reading a table of weights did.
+struct ZImportReport
+{
+    int verticesChanged = 0;
+    int rowsRead = 0;
+    std::vector<std::string> unmatched; ///< one line for each model, vertex or bone that is not in the scene
+};
+
+/// One opened file.
+struct ZDocument
+{
+    int id = 0; ///< never given twice in a session
+    std::string path;
+    bool unsavedChanges = false;
+};
+
+/// Opens files into the session's scene and saves them again. Several files may be open at once; each is saved by
+/// itself. Errors are skindesk::gltf::FileError (path, place, one sentence); then nothing has changed, in the scene or
+/// on disk. Warnings go to ZReport_Warning. User-interface thread only.
+class ZDocuments
+{
+public:
+    explicit ZDocuments(ZSession& session);
+    ~ZDocuments();
+
+    /// Adds the file's models to the scene; answers its geometry models by ascending node index.
+    std::vector<ZModel*> Open(const std::string& path);
+    skindesk::gltf::SaveReport Save(const std::string& path, const ZSaveOptions& options = {});
+    std::vector<ZLimitLine> LimitReport(int maxInfluences);
+    /// Clears the scene and forgets all documents.
+    void Clear();
+
+    const std::vector<ZDocument>& GetDocuments();
+    bool HasUnsavedChanges();
+    /// Has somebody else written the file since it was opened or saved?
+    bool ChangedByOthers(int document) const;
+
+    /// Every primitive of the model's mesh: primitive index, and vertex of the file -> vertex of the model. Empty for a
+    /// model without a mesh. The spans live as long as the document.
+    std::vector<std::pair<int, std::span<const std::int32_t>>> GetFileVertices(const ZModel& model) const;
+
+    /// Writes or reads weights by vertex and bone name, as CSV or JSON by the file's extension. Reading is one undo
+    /// step and is refused while a tool holds one of the models.
+    void ExportWeights(const std::string& path);
+    ZImportReport ImportWeights(const std::string& path);
+
+private:
+    struct Entry;
+    Entry& FindSource(const std::string& source);
+    const Entry* FindEntry(int document) const;
+    ZSession& m_session;
+    std::vector<std::unique_ptr<Entry>> m_entries;
+    std::vector<ZDocument> m_listed;
+    int m_nextId = 1;
+};
