@@ -1,3 +1,5 @@
 // SPDX-License-Identifier: MIT
 // Starts the application.
-int main() { return 0; }
+#include "desk/windows/Application.h"
+
+int main(int argc, char** argv) { return RunDesk(argc, argv); }

@@ -7,7 +7,6 @@
 import sys
 from pathlib import Path
 
-import numpy as np
 import skindesk
 
 figure = Path(__file__).resolve().parents[1] / "samples" / "figure.glb"
@@ -25,8 +24,7 @@ with skindesk.Desk() as desk:
 
     # Where that is on the screen: positions are row vectors, the screen's corner is its top left, its first size 800 x 600.
     desk.viewer.frame([model])
-    places = np.column_stack([model.positions[stray], np.ones(len(stray))])
-    clip = places @ model.global_matrix @ desk.viewer.view @ desk.viewer.projection
+    clip = model.positions[stray] @ model.global_matrix @ desk.viewer.view @ desk.viewer.projection
     x = (clip[:, 0] / clip[:, 3] + 1) / 2 * 800
     y = (1 - clip[:, 1] / clip[:, 3]) / 2 * 600
 

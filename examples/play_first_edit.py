@@ -13,6 +13,7 @@ get 40 per cent of their strongest bone.
 """
 import argparse
 import sys
+import time
 from pathlib import Path
 
 import numpy as np
@@ -25,6 +26,8 @@ WEIGHT_COLUMN = 3  # of the spread's Col, Weight Slider, Lock, Weight
 AFFECT_ALL_SELECTED = 1  # item of ListWeightingMode
 ROWS_SHOWN = 8
 VIEWER_SIZE = (800, 600)
+PICTURES_TO_BRIGHTEN = 150
+SECONDS_OF_BRIGHTENING = 0.7
 
 
 class Trouble(Exception):
@@ -80,8 +83,10 @@ def pick(desk, tool, models):
     else:
         patch, model = None, models[0]
         x, y = on_screen(desk.viewer, model, slice(None))
-        # A small part around the vertex that lies nearest to the middle.
-        middle = np.argmin(np.hypot(x - (x.min() + x.max()) / 2, y - (y.min() + y.max()) / 2))
+        # A small part around the vertex that lies nearest to the middle, of those that several bones pull if there are.
+        away = np.hypot(x - (x.min() + x.max()) / 2, y - (y.min() + y.max()) / 2)
+        shared = np.diff(model.skin.csr()[0]) > 1
+        middle = np.argmin(np.where(shared, away, np.inf) if shared.any() else away)
         reach = 0.04 * max(np.ptp(x), np.ptp(y))
         near = np.hypot(x - x[middle], y - y[middle]) <= reach
         x, y = x[near], y[near]
@@ -98,9 +103,7 @@ def pick(desk, tool, models):
 
 def on_screen(viewer, model, vertices):
     """Where vertices lie in the viewer's picture: x to the right and y down, in pixels."""
-    positions = model.positions[vertices]
-    places = np.column_stack([positions, np.ones(len(positions))])
-    clip = places @ model.global_matrix @ viewer.view @ viewer.projection
+    clip = model.positions[vertices] @ model.global_matrix @ viewer.view @ viewer.projection
     width, height = VIEWER_SIZE
     return (clip[:, 0] / clip[:, 3] + 1) / 2 * width, (1 - clip[:, 1] / clip[:, 3]) / 2 * height
 
@@ -119,10 +122,14 @@ def edit(desk, tool, patch):
     labels = spread.row_labels
     if not labels:
         raise Trouble("no bone pulls the picked vertices")
+    if len(labels) == 1:
+        labels = show_one_more_bone(tool, labels[0])
     if patch is not None and patch.bone in labels:
         row, percent = labels.index(patch.bone), 0.0
     else:
-        row = int(np.argmax([spread.cell(row, WEIGHT_COLUMN) for row in range(len(labels))]))
+        # Typed for a bone that has something to give or to take: one that has all of a vertex keeps it.
+        shares = weights_of(spread)
+        row = int(np.argmax(shares)) if max(shares) < 100 else int(np.argmin(shares))
         percent = 40.0
     show_spread("before", spread)
     before = weights_of(spread)
@@ -135,6 +142,18 @@ def edit(desk, tool, patch):
     if not (undone and redone):
         raise Trouble(f'undo and redo of "{name}" do not give back the weights')
     print(f'undone and done again: "{name}"')
+
+
+def show_one_more_bone(tool, bone):
+    """A lone bone keeps all of a vertex: shows another one beside it, to which weight can be given."""
+    listed = tool["ListBonesList"]
+    names = listed.rows
+    tool["AutomaticBoneSelectionButton"].click()
+    other = next((row for row, name in enumerate(names) if name != bone), None)
+    if other is None:
+        raise Trouble(f"the skin has no other bone than {bone}")
+    listed.select(sorted({names.index(bone), other}))
+    return tool["SpreadWeights"].row_labels
 
 
 def weights_of(spread):
@@ -165,7 +184,14 @@ def show_spread(title, spread):
 def grab(desk):
     """The viewer's picture, or None where there is no OpenGL to draw it with."""
     try:
-        return desk.viewer.grab()
+        # The tool's edges brighten from picture to picture; on large meshes what a second brings must do.
+        end = time.monotonic() + SECONDS_OF_BRIGHTENING
+        picture = desk.viewer.grab()
+        for _ in range(PICTURES_TO_BRIGHTEN):
+            if time.monotonic() > end:
+                break
+            picture = desk.viewer.grab()
+        return picture
     except skindesk.Error as error:
         print(f"no picture: {error}")
         return None

@@ -51,6 +51,7 @@ void ZCharacterWeightingNormalLayout::Build()
     if (!m_built)
         RegisterHandlers();
     m_built = true;
+    RefreshLists();
 }
 
 void ZCharacterWeightingNormalLayout::SetInitialValues()

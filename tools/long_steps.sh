@@ -2,8 +2,8 @@
 # shellcheck shell=bash
 # The steps that only ./check --all takes. Sourced by check, after steps.sh.
 
-TIDY_SECONDS=${SKINDESK_TIDY_SECONDS:-1200}
-FUZZ_SECONDS=${SKINDESK_FUZZ_SECONDS:-60}
+TIDY_SECONDS=${SKINDESK_TIDY_SECONDS:-600}
+FUZZ_SECONDS=${SKINDESK_FUZZ_SECONDS:-20}
 
 step_install_all() { install_packages "${CHECK_ALL_PACKAGES[@]}"; }
 
@@ -88,7 +88,17 @@ step_judge_validator() {
         return 0
     fi
     step_build && judged_files || return 1
-    NODE_PATH=build-judges/node_modules node tools/judge_validator.cjs build/judged/opened.glb build/judged/saved.glb
+    local status=0 file made=build/judged/edited
+    export NODE_PATH=build-judges/node_modules
+    node tools/judge_validator.cjs --clean build/judged/opened.glb build/judged/saved.glb || status=1
+    # Other people's characters with an edit of ours: nothing may be wrong that was not wrong before.
+    for file in tests/data/skinned/{Fox,CesiumMan,KayKit_Knight,greenman}.glb tests/data/skinned/RiggedSimple.gltf \
+        tests/data/skinned/AG_SkinType_0*/*.gltf; do
+        echo "-- $file"
+        PYTHONPATH=build/python timeout 120 /usr/bin/python3 examples/play_first_edit.py --out "$made" "$file" &&
+            node tools/judge_validator.cjs "$file" "$made/$(basename "$file")" || status=1
+    done
+    return $status
 }
 
 step_judge_blender() {

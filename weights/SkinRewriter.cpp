@@ -109,11 +109,31 @@ void SkinWeightBatch::Write(std::vector<Change>& changes, bool add)
         if (end > begin) {
             m_links->BeginLink(link);
             if (add)
-                m_links->AddEntries(m_vertices.data() + begin, m_weights.data() + begin, end - begin);
+                SetOrAddToCurrentLink(begin, end);
             else
                 m_links->SetVertexWeights(m_vertices.data() + begin, m_weights.data() + begin, end - begin);
             m_links->EndLink();
         }
         begin = end;
     }
+}
+
+void SkinWeightBatch::SetOrAddToCurrentLink(int begin, int end)
+{
+    m_newVertices.clear();
+    m_newWeights.clear();
+    const bool isEmpty = m_links->EntryCount() == 0;
+    for (int i = begin; i < end; ++i) {
+        const int vertex = m_vertices[static_cast<size_t>(i)];
+        const double weight = m_weights[static_cast<size_t>(i)];
+        const int entry = isEmpty ? -1 : m_links->FindEntry(vertex);
+        if (entry >= 0) {
+            m_links->SetEntryWeight(weight, entry);
+            continue;
+        }
+        m_newVertices.push_back(vertex);
+        m_newWeights.push_back(weight);
+    }
+    if (!m_newVertices.empty())
+        m_links->AddEntries(m_newVertices.data(), m_newWeights.data(), static_cast<int>(m_newVertices.size()));
 }

@@ -29,8 +29,9 @@ public:
         if (m_sets.size() >= kBatch)
             Flush();
     }
-    /// A new entry.
-    void Add(int link, int vertex, double weight)
+    /// The weight of an entry, which is made when the link has none for the vertex. An undo leaves entries of weight 0
+    /// that no record names; they are taken up again, so that a vertex never has two entries of one link.
+    void SetOrAdd(int link, int vertex, double weight)
     {
         m_adds.push_back({link, vertex, weight});
         if (m_adds.size() >= kBatch)
@@ -48,6 +49,7 @@ private:
     static constexpr size_t kBatch = 32768;
 
     void Write(std::vector<Change>& changes, bool add);
+    void SetOrAddToCurrentLink(int begin, int end);
 
     ISkinLinks* m_links;
     std::vector<Change> m_sets;
@@ -55,4 +57,6 @@ private:
     std::vector<int> m_ends; ///< of each link's stretch in the two arrays below
     std::vector<int> m_vertices;
     std::vector<double> m_weights;
+    std::vector<int> m_newVertices;
+    std::vector<double> m_newWeights;
 };

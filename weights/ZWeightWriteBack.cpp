@@ -127,10 +127,12 @@ void ZWeightUIModelData::SetVertexBoneWeight(int bone, int vertex, double weight
     if (!linkIsThere)
         return;
     links->BeginLink(link);
-    if (place < 0)
+    const int entry = links->FindEntry(vertex);
+    // An undo leaves entries of weight 0 that the record does not name; such an entry is taken up again.
+    if (place < 0 && entry < 0)
         links->AddEntry(vertex, weight);
     else
-        links->SetEntryWeight(weight, links->FindEntry(vertex));
+        links->SetEntryWeight(weight, entry);
     links->EndLink();
 }
 
@@ -189,7 +191,7 @@ void ZWeightUIModelData::SetManyVertexSpreads(std::span<const int> vertices, std
                 continue;
             const double weight = weightOfLink[static_cast<size_t>(link)];
             record->Add(link, static_cast<float>(weight));
-            skin.Add(link, vertex, weight);
+            skin.SetOrAdd(link, vertex, weight);
         }
     }
 }

@@ -135,6 +135,7 @@ ZTool* ZDeskSession::OpenTool(const std::string& name)
 {
     CloseTool();
     m_tool = m_session.OpenTool(name);
+    m_toolName = m_tool != nullptr ? name : std::string();
     AfterEvent();
     return m_tool;
 }
@@ -144,6 +145,7 @@ void ZDeskSession::CloseTool()
     if (m_tool != nullptr)
         m_session.CloseTool(m_tool);
     m_tool = nullptr;
+    m_toolName.clear();
 }
 
 ZtListBox* ZDeskSession::ModelList() const

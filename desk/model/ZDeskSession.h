@@ -45,6 +45,8 @@ public:
     /// The tools that plug-ins offer.
     static std::vector<ZCatalogueEntry> GetTools();
     ZTool* GetTool() const { return m_tool; }
+    /// Its name in the catalogue; empty while none is open.
+    const std::string& OpenToolName() const { return m_toolName; }
     void CloseTool();
     /// The list of the tool on which models are dropped: its first one with check marks that takes drops; null for none.
     ZtListBox* ModelList() const;
@@ -80,6 +82,7 @@ private:
     ZSession m_session;
     ZDocuments m_documents;
     ZTool* m_tool = nullptr;
+    std::string m_toolName;
     std::map<int, std::string> m_savedAs; ///< by document
     bool m_heatMap = false;
     HdlZPlug m_heatBone;

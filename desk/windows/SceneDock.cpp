@@ -15,6 +15,7 @@
 #include <QMimeData>
 #include <QMouseEvent>
 
+#include <algorithm>
 #include <unordered_set>
 
 namespace {
@@ -50,25 +51,31 @@ void SceneTreeView::Sync()
     m_following = true;
     if (m_model->BringUpToDate() && m_model->Tree().GetRows().size() <= kMostOpenRows)
         expandAll();
-    QItemSelection selection;
-    QModelIndex first;
-    const auto& rows = m_model->Tree().GetRows();
-    for (size_t row = 0; row < rows.size(); ++row)
-        if (rows[row].model->IsSelected()) {
-            const QModelIndex index = m_model->IndexOf(static_cast<int>(row));
-            selection.select(index, index);
-            if (!first.isValid())
-                first = index;
-        }
-    if (selection.indexes() != selectionModel()->selectedRows()) {
-        selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
-        if (first.isValid()) {
-            selectionModel()->setCurrentIndex(first, QItemSelectionModel::NoUpdate);
-            scrollTo(first);
-        }
-    }
+    FollowSelection();
     m_following = false;
     viewport()->update();
+}
+
+void SceneTreeView::FollowSelection()
+{
+    const auto& rows = m_model->Tree().GetRows();
+    std::vector<int> inScene, inView;
+    for (size_t row = 0; row < rows.size(); ++row)
+        if (rows[row].model->IsSelected())
+            inScene.push_back(static_cast<int>(row));
+    for (const QModelIndex& index : selectionModel()->selectedRows())
+        inView.push_back(static_cast<int>(index.internalId()));
+    std::sort(inView.begin(), inView.end());
+    if (inScene == inView)
+        return;
+    QItemSelection selection;
+    for (const int row : inScene)
+        selection.select(m_model->IndexOf(row), m_model->IndexOf(row));
+    selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    if (inScene.empty())
+        return;
+    selectionModel()->setCurrentIndex(m_model->IndexOf(inScene.front()), QItemSelectionModel::NoUpdate);
+    scrollTo(currentIndex());
 }
 
 std::vector<ZModel*> SceneTreeView::SelectedModels() const
@@ -162,9 +169,9 @@ void SceneTreeView::startDrag(Qt::DropActions)
     for (ZModel* const model : models)
         GlobalDragAndDrop_Add(model, 0);
     auto* const drag = new QDrag(this);
-    auto* const data = new QMimeData;
-    data->setData(QString::fromLatin1(kModelDragFormat), "models");
-    drag->setMimeData(data);
+    auto* const announced = new QMimeData;
+    announced->setData(QString::fromLatin1(kModelDragFormat), "models");
+    drag->setMimeData(announced);
     drag->exec(Qt::CopyAction);
     GlobalDragAndDrop_End();
     m_desk.AfterEvent();

@@ -59,6 +59,7 @@ protected:
     void startDrag(Qt::DropActions actions) override;
 
 private:
+    void FollowSelection();
     bool ToggleAt(const QModelIndex& index);
     std::vector<ZModel*> SelectedModels() const;
     void ForSelected(const std::function<void(ZModel&)>& change);

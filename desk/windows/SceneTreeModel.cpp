@@ -4,6 +4,10 @@
 #include "desk/windows/Icons.h"
 #include "desk/windows/SceneDock.h"
 
+#include <QGuiApplication>
+#include <QHash>
+#include <QPalette>
+
 SceneTreeModel::SceneTreeModel(ZDeskSession& desk, QObject* parent) : QAbstractItemModel(parent), m_desk(desk)
 {
     m_tree.Rebuild(m_desk.Session().GetScene());

@@ -52,6 +52,7 @@ void TimelineBar::Build()
         widget->setToolTip(text);
     };
     m_toStart->setIcon(MakeIcon(DeskIcon::ToStart));
+    ShowPlaying();
     m_time->setSuffix(tr(" s"));
     m_time->setDecimals(3);
     m_time->setSingleStep(1.0 / 24);
@@ -114,7 +115,6 @@ void TimelineBar::Sync()
     if (!m_time->hasFocus() || IsPlaying())
         m_time->setValue(seconds);
     m_loop->setChecked(scene.IsLooping());
-    m_play->setIcon(MakeIcon(IsPlaying() ? DeskIcon::Pause : DeskIcon::Play));
 }
 
 void TimelineBar::SetTime(double seconds)
@@ -134,8 +134,10 @@ void TimelineBar::TogglePlay()
         m_clock.restart();
         m_tick.start(kFrameMilliseconds);
     }
-    m_play->setIcon(MakeIcon(IsPlaying() ? DeskIcon::Pause : DeskIcon::Play));
+    ShowPlaying();
 }
+
+void TimelineBar::ShowPlaying() { m_play->setIcon(MakeIcon(IsPlaying() ? DeskIcon::Pause : DeskIcon::Play)); }
 
 void TimelineBar::Tick()
 {

@@ -27,6 +27,7 @@ private:
     void Build();
     void FillAnimations();
     void SetTime(double seconds);
+    void ShowPlaying();
     void Tick();
     double Duration() const;
 

@@ -3,7 +3,11 @@
 #pragma once
 
 /// What the session asks of a plug-in's entry point.
-enum kDllOperation { kDllLoad = 0, kDllUnload = 1 };
+enum kDllOperation
+{
+    kDllLoad = 0,
+    kDllUnload = 1
+};
 
 /// The version of these headers. A plug-in compiles it in through SKINDESK_PLUGIN_STAMP, and the session refuses a
 /// library that was built for another one before any of its code runs.
@@ -11,10 +15,11 @@ enum kDllOperation { kDllLoad = 0, kDllUnload = 1 };
 
 #define SKINDESK_EXPORT extern "C" __attribute__((visibility("default")))
 
-/// A plug-in `libNAME.so` exports `EntryPointNAME(kDllOperation)` and `LIBRARY_INIT()`, which answers whether the library
-/// initialised, and carries the stamp. The loader runs the library's constructors and thereby its start routine; the
-/// session then asks LIBRARY_INIT and calls the entry point with kDllLoad, which must be harmless the second time. At
-/// unloading it calls the entry point with kDllUnload, withdraws the library's catalogue entries and closes it.
+/// A plug-in `libNAME.so` exports `EntryPointNAME(kDllOperation)` and `LIBRARY_INIT()`, which answers whether the
+/// library initialised, and carries the stamp. The loader runs the library's constructors and thereby its start
+/// routine; the session then asks LIBRARY_INIT and calls the entry point with kDllLoad, which must be harmless the
+/// second time. At unloading it calls the entry point with kDllUnload, withdraws the library's catalogue entries and
+/// closes it.
 using ZPluginEntryPoint = void (*)(kDllOperation operation);
 using ZPluginInit = bool (*)();
 

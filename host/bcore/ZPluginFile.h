@@ -9,9 +9,9 @@
 /// "NAME" of a file called "libNAME.so"; empty for any other name.
 std::string ZPluginFile_Name(const std::string& file);
 
-/// Is the file a plug-in that this host may load? Empty when it is, else one sentence that begins with the file's name and
-/// says why not: it is no shared library for this machine, it is cut short, it lacks `EntryPointNAME` or `LIBRARY_INIT`,
-/// or it was built for another version of the host.
+/// Is the file a plug-in that this host may load? Empty when it is, else one sentence that begins with the file's name
+/// and says why not: it is no shared library for this machine, it is cut short, it lacks `EntryPointNAME` or
+/// `LIBRARY_INIT`, or it was built for another version of the host.
 std::string ZPluginFile_Check(const std::string& file);
 
 /// The same for the bytes of a file; they are not trusted. The file's name gives NAME.

@@ -16,9 +16,10 @@ class ZSession
 public:
     struct Options
     {
-        std::vector<std::string> pluginFolders; ///< empty: SKINDESK_PLUGINS, else ../lib/skindesk/plugins beside the program
-        std::string settingsFolder;             ///< where "@" files lie; empty: none
-        std::string programFolder;              ///< folder of the program; empty: found from the process
+        std::vector<std::string>
+            pluginFolders;          ///< empty: SKINDESK_PLUGINS, else ../lib/skindesk/plugins beside the program
+        std::string settingsFolder; ///< where "@" files lie; empty: none
+        std::string programFolder;  ///< folder of the program; empty: found from the process
     };
     explicit ZSession(const Options& options);
     /// Closes tools, clears the scene, unloads plug-ins, empties the undo stack.
@@ -40,8 +41,8 @@ public:
     bool UnloadPlugin(const std::string& file);
     std::vector<std::string> GetLoadedPlugins() const;
 
-    /// Makes a tool from the catalogue ("UI/Tools"), lays it out at its own size and activates it. Null when there is none
-    /// of that name or its factory answers null.
+    /// Makes a tool from the catalogue ("UI/Tools"), lays it out at its own size and activates it. Null when there is
+    /// none of that name or its factory answers null.
     ZTool* OpenTool(const std::string& name);
     /// Deactivates and destroys a tool.
     void CloseTool(ZTool* tool);

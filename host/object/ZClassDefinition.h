@@ -33,8 +33,8 @@ public:
     /// Does an instance of this class count as one of `classId`? -1 is no class.
     bool IsA(int classId) const;
 
-    /// Names a property of the class; `id` is not 0. A name that is already there is replaced. Properties are named before
-    /// the first look-up: what a class keeps of earlier look-ups does not change.
+    /// Names a property of the class; `id` is not 0. A name that is already there is replaced. Properties are named
+    /// before the first look-up: what a class keeps of earlier look-ups does not change.
     void AddProperty(const char* name, std::uint64_t id);
     /// The id of a property of this class or of a base of it, or 0.
     std::uint64_t FindProperty(const char* name) const;

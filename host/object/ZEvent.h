@@ -13,7 +13,8 @@ struct ZEvent
     virtual ~ZEvent() = default;
 };
 
-/// A member operation of one object that receives (sender, event). Two handlers are equal when object and operation are.
+/// A member operation of one object that receives (sender, event). Two handlers are equal when object and operation
+/// are.
 struct ZHandler
 {
     using Call = void (*)(void* object, ZObject* sender, ZEvent& event);

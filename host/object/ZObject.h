@@ -43,9 +43,9 @@ public:
     std::uint64_t FastFindPropertyByName(ZPropertyMap& cache, const char* name) const;
 
     // Life.
-    static constexpr unsigned kStatusDestroyFrees = 32;  ///< DestroyObject frees the object, not only its contents
-    static constexpr unsigned kStatusDestroyed = 64;     ///< Destruct has run
-    static constexpr unsigned kStatusBySystem = 128;     ///< the host's object system is destroying the object
+    static constexpr unsigned kStatusDestroyFrees = 32; ///< DestroyObject frees the object, not only its contents
+    static constexpr unsigned kStatusDestroyed = 64;    ///< Destruct has run
+    static constexpr unsigned kStatusBySystem = 128;    ///< the host's object system is destroying the object
     unsigned GetStatus() const { return m_status; }
     void SetStatusBits(unsigned bits) { m_status |= bits; }
     void ClearStatusBits(unsigned bits) { m_status &= ~bits; }

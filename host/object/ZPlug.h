@@ -26,7 +26,8 @@ private:
     std::shared_ptr<ZPlug*> m_slot; ///< made when the first handle is set
 };
 
-/// A handle to a plug that never owns it: it turns invalid when the plug is destroyed or its object is taken out of use.
+/// A handle to a plug that never owns it: it turns invalid when the plug is destroyed or its object is taken out of
+/// use.
 class HdlZPlug
 {
 public:

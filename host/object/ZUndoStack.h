@@ -32,8 +32,9 @@ public:
 /// step nests, and the inner records join the outer one; the outermost TransactionEnd closes the step. Empty records
 /// and steps without records are dropped at the end. Undo runs a step's records last to first, redo first to last. A
 /// new step drops what could be redone; a step that changed nothing leaves both lists as they were. A record that
-/// throws leaves the stack as it was: what the step had already undone or redone is made good, and the failure is said in
-/// one warning. Records do not record: a begin while a step is undone or redone is misuse. User-interface thread only.
+/// throws leaves the stack as it was: what the step had already undone or redone is made good, and the failure is said
+/// in one warning. Records do not record: a begin while a step is undone or redone is misuse. User-interface thread
+/// only.
 class ZUndoStack
 {
 public:

@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
-/// Sets the folder in which names that begin with "@" are looked up; an empty text means none. "@Application.txt" is the
-/// file of that name in the folder, else the one called "Application.txt".
+/// Sets the folder in which names that begin with "@" are looked up; an empty text means none. "@Application.txt" is
+/// the file of that name in the folder, else the one called "Application.txt".
 void ZConfigFile_SetFolder(const std::string& folder);
 const std::string& ZConfigFile_GetFolder();
 

@@ -15,7 +15,8 @@ public:
 };
 
 /// Says that a guest misused `call` ("ZUndoStack::TransactionEnd"), with one sentence on what it should have been.
-/// While misuse is fatal (tests) it throws ZHostMisuse; otherwise the line goes to the report and the call does nothing.
+/// While misuse is fatal (tests) it throws ZHostMisuse; otherwise the line goes to the report and the call does
+/// nothing.
 void ZReport_Misuse(const char* call, const std::string& sentence);
 void ZReport_SetMisuseFatal(bool fatal);
 bool ZReport_IsMisuseFatal();

@@ -5,15 +5,24 @@
 class ZModel;
 struct ZEvaluateInfo;
 
-enum ZDataType { ZDataTypeTranslation, ZDataTypeRotation, ZDataTypeScaling };
+enum ZDataType
+{
+    ZDataTypeTranslation,
+    ZDataTypeRotation,
+    ZDataTypeScaling
+};
 
 /// Which transform a connector carries. The host's connectors carry global transforms.
-enum kBufferTypeLocalGlobal { kBufferTypeLocal = 0, kBufferTypeGlobal = 1 };
+enum kBufferTypeLocalGlobal
+{
+    kBufferTypeLocal = 0,
+    kBufferTypeGlobal = 1
+};
 
 inline constexpr int kConnectorWriteDirect = 2; ///< write mode: the value holds for this pass
 
-/// Data are doubles: translation four (x, y, z, 1), rotation three (degrees about X, then Y, then Z), scaling three. Read
-/// and written by the evaluation only.
+/// Data are doubles: translation four (x, y, z, 1), rotation three (degrees about X, then Y, then Z), scaling three.
+/// Read and written by the evaluation only.
 class IConnector
 {
 public:

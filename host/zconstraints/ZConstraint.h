@@ -59,10 +59,10 @@ public:
 /// come in groups; connectors are made for one object and data type and released all at once, which gives the objects
 /// that were written back to animation or file. Changes of a constraint happen while evaluation is paused.
 ///
-/// ConstraintEvaluate runs on a thread of the evaluation manager. It may read and write connectors, release them all and
-/// remove reference objects; what it released is given back when the pass is finished. Asking for connectors, adding
-/// reference objects and touching objects of the scene belong to the user-interface thread; in an evaluation they are
-/// misuse. A constraint whose evaluation throws is switched off, with one warning.
+/// ConstraintEvaluate runs on a thread of the evaluation manager. It may read and write connectors, release them all
+/// and remove reference objects; what it released is given back when the pass is finished. Asking for connectors,
+/// adding reference objects and touching objects of the scene belong to the user-interface thread; in an evaluation
+/// they are misuse. A constraint whose evaluation throws is switched off, with one warning.
 ///
 /// A derived class that is evaluated runs SystemDetach, PrepareDestruct and Destruct at the beginning of its own
 /// destructor unless they have run: SystemDetach waits for the pass under way, which still uses the derived part.
@@ -73,8 +73,8 @@ public:
     explicit ZConstraint(const char* name);
     ~ZConstraint() override;
 
-    /// Enabling sets the connectors up, each time it is called, and marks the constraint; disabling releases them and takes
-    /// the mark away. Answers whether it is enabled afterwards.
+    /// Enabling sets the connectors up, each time it is called, and marks the constraint; disabling releases them and
+    /// takes the mark away. Answers whether it is enabled afterwards.
     bool ConstraintSetEnabled(bool enabled);
     bool ConstraintGetEnabled() const { return m_enabled; }
     /// The next pass evaluates this constraint even if nothing it reads has changed.
@@ -95,8 +95,8 @@ public:
     static bool IgnoreSetupAllConnectors();
     /// When the host no longer asks, every enabled constraint is set up anew.
     static void SetIgnoreSetupAllConnectors(bool ignore);
-    /// The connector of this object and data type, the same one until connectors are released; null without an object. It
-    /// outlives its object: then it reads and writes nothing and answers false.
+    /// The connector of this object and data type, the same one until connectors are released; null without an object.
+    /// It outlives its object: then it reads and writes nothing and answers false.
     IConnector* ConstraintGetSourceConnector(ZModel* object, ZDataType type);
     IConnector* ConstraintGetDestinationConnector(ZModel* object, ZDataType type);
     /// Releases every connector of this constraint; the objects that were driven are driven no longer.

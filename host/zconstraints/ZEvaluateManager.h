@@ -8,11 +8,11 @@
 
 class ZScene;
 
-/// Passes run between events, on threads of the manager's own; the user-interface thread waits for a pass where it needs
-/// its result (Evaluate) and goes on where it does not (Start). DevicePause waits for a pass to end and keeps the next
-/// from starting until the matching DeviceRelease; pauses nest. Data of constraints change only while it is paused.
-/// A pass: reads unconstrained transforms, evaluates every enabled constraint, then the written transforms become the
-/// constrained globals of their objects in one step on the user-interface thread (Finish).
+/// Passes run between events, on threads of the manager's own; the user-interface thread waits for a pass where it
+/// needs its result (Evaluate) and goes on where it does not (Start). DevicePause waits for a pass to end and keeps the
+/// next from starting until the matching DeviceRelease; pauses nest. Data of constraints change only while it is
+/// paused. A pass: reads unconstrained transforms, evaluates every enabled constraint, then the written transforms
+/// become the constrained globals of their objects in one step on the user-interface thread (Finish).
 class ZEvaluateManager
 {
 public:

@@ -100,7 +100,8 @@ TEST_F(Session, AToolIsLaidOutAtItsSizeAndActive)
     m_session->CloseTool(tool);
     EXPECT_THAT(m_session->GetOpenTools(), IsEmpty());
     EXPECT_THAT(ZTool::GetTools(), IsEmpty());
-    EXPECT_THAT(ZManipulator_GetManipulatorSet()->GetManipulators(), IsEmpty()) << "the tool's manipulator went with it";
+    EXPECT_THAT(ZManipulator_GetManipulatorSet()->GetManipulators(), IsEmpty())
+        << "the tool's manipulator went with it";
     EXPECT_EQ(ZManipulator_GetManipulatorSet()->ManipulatorGetActive(), nullptr);
 }
 
@@ -129,10 +130,7 @@ TEST_F(Session, WhatCannotBeOpenedIsSaid)
     EXPECT_THAT(m_session->GetOpenTools(), IsEmpty());
 }
 
-TEST_F(Session, ClosingWhatIsNotOpenIsMisuse)
-{
-    EXPECT_THROW(m_session->CloseTool(nullptr), ZHostMisuse);
-}
+TEST_F(Session, ClosingWhatIsNotOpenIsMisuse) { EXPECT_THROW(m_session->CloseTool(nullptr), ZHostMisuse); }
 
 TEST_F(Session, ClosingAToolLeavesNoTransactionOpen)
 {

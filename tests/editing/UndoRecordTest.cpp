@@ -160,6 +160,25 @@ TEST_F(UndoRecord, RedoInFirstSelectedModeGivesAllVerticesTheFirstOnesSpread)
     EXPECT_NEAR(Vertex(3)[1], 0.9, 1e-6);
 }
 
+TEST_F(UndoRecord, WeightRaisedAgainAfterUndoKeepsItsOneEntry)
+{
+    ZModelPolymesh* const plain = tool.character.AddMesh("Plain", 2);
+    for (const int vertex : {0, 1})
+        TinyCharacter::Weight(plain, 0, vertex, 1.0);
+    tool.Admit(plain);
+    tool.RebuildBoneList();
+    for (const int mode : {kAffectFirstSelected, kAffectAllSelected}) {
+        tool.weightingMode = mode;
+        tool.Pick({1, 0, 1, 1}, kPickAdd);
+        for (int round = 0; round < 3; ++round) {
+            tool.change.ApplyWeightChange(true, true, 40, 1);
+            EXPECT_EQ(TinyCharacter::EntriesOf(plain, 0), 2);
+            EXPECT_TRUE(stack.Undo());
+            EXPECT_EQ(TinyCharacter::Weights(plain)[0], (std::vector<double>{1, 0, 0}));
+        }
+    }
+}
+
 TEST_F(UndoRecord, WeightsOfAModelThatIsGoneStaySilent)
 {
     tool.Pick({0, 0}, kPickAdd);

@@ -275,7 +275,7 @@ TEST(WeightChangeProperty, UndoAndRedoReturnTheWeights)
         tool.weightingMode = plain.mode = kAffectAllSelected;
         PickSome(tool, plain);
         ZUndoStack& stack = *ZUndoStack::TheOne();
-        std::vector states{VisibleWeights(tool)};
+        std::vector<std::vector<std::map<std::pair<int, int>, float>>> states(1, VisibleWeights(tool));
         const int changes = *rc::gen::inRange(1, 5);
         for (int change = 0; change < changes; ++change) {
             const int bone = *rc::gen::inRange(0, tool.boneList.GetCount());

@@ -38,6 +38,7 @@ TEST_F(PanelLists, RowSayingEmptyIsNoBoneAndNoVertex)
 
 TEST_F(PanelLists, VertexListSaysEmptyWithoutASelectedVertex)
 {
+    EXPECT_THAT(Texts(Panel().listVertexList), ElementsAre("Empty"));
     DropModels(AddCharacter("Body"));
     EXPECT_THAT(Texts(Panel().listVertexList), ElementsAre("Empty"));
     EXPECT_THAT(Panel().listVertexList.GetSelectedRows(), IsEmpty());

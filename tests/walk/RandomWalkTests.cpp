@@ -5,6 +5,7 @@
 #include "ToolStage.h"
 #include "ToolTables.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <random>
 
@@ -77,8 +78,16 @@ protected:
                 continue;
             }
             std::vector<ZModel*> bones;
-            for (int i = 1 + Dice(3); i > 0; --i)
-                bones.push_back(AnyOf(true)); // may come twice
+            for (int i = 1 + Dice(3); i > 0; --i) {
+                ZModel* const bone = AnyOf(true);
+                const bool twice = std::find(bones.begin(), bones.end(), bone) != bones.end();
+                if (twice && Chance(98))
+                    continue;
+                // Two links on one bone: merging lets one's weights replace the other's, and changes see the first
+                // alone.
+                leniency.weightsLost = leniency.weightsLost || twice;
+                bones.push_back(bone);
+            }
             const int mode = Chance(10) ? kDeformAdditive : Chance(30) ? kDeformTotal100 : kDeformNormalise;
             const double share = 1.0 / static_cast<double>(bones.size());
             ZModel* const mesh = Chance(25)
@@ -166,11 +175,22 @@ protected:
         Object_SetKeyState('X', false);
     }
     void PickMost() { PickAll(Chance(50) ? 0 : kModifierShift | kModifierControl); }
+    /// Several active vertices of which only the first is changed: redo is another thing than the change was.
+    void PrepareChange()
+    {
+        if (tool->WeightingMode() == kAffectAllSelected || Panel().selection.targetRows.GetCount() <= 1)
+            return;
+        if (Chance(90))
+            Panel().listVertexList.UserSelect({Dice(Panel().selection.vertexRows.GetCount())});
+        else
+            changedFirstOfSeveral = true;
+    }
     void Slide()
     {
         const int rows = Panel().spreadWeights.GetRowCount();
         if (rows == 0)
             return;
+        PrepareChange();
         const int row = Dice(rows);
         ZtSpread& spread = Panel().spreadWeights;
         spread.UserSlide(row, kSpreadSlider, kViewPress, Percent());
@@ -181,6 +201,7 @@ protected:
     }
     void TypeWeight()
     {
+        PrepareChange();
         if (const int rows = Panel().spreadWeights.GetRowCount(); rows > 0)
             Panel().spreadWeights.UserType(Dice(rows), kSpreadWeight, Percent());
     }
@@ -217,7 +238,8 @@ protected:
     void Forth()
     {
         for (int i = 1 + Dice(4); i > 0; --i)
-            Redo();
+            if (Redo() && changedFirstOfSeveral)
+                leniency.firstVertexRedone = true;
     }
     void Key()
     {
@@ -246,7 +268,7 @@ protected:
     void ClearAll()
     {
         session->ClearScene();
-        leniency.weightsLost = false;
+        leniency.weightsLost = leniency.firstVertexRedone = changedFirstOfSeveral = false;
         Populate();
     }
     void SwitchTool()
@@ -268,7 +290,7 @@ protected:
 
     void Walk(const std::vector<Step>& kinds)
     {
-        int total = 0;
+        int total = 0, active = 0, summed = 0;
         for (const Step& kind : kinds)
             total += kind.share;
         Populate();
@@ -283,7 +305,13 @@ protected:
             session->AfterEvent();
             const std::string complaint = ToolTables_Check(*tool, leniency);
             ASSERT_EQ(complaint, "") << "seed " << seed;
+            active += Panel().selection.targetRows.IsEmpty() ? 0 : 1;
+            summed += leniency.weightsLost || leniency.firstVertexRedone ? 0 : 1;
         }
+        // A walk that never has anything in its hands shows nothing.
+        std::printf("%d steps with active vertices, %d with all weights watched\n", active, summed);
+        EXPECT_GT(active, steps / 8);
+        EXPECT_GT(summed, steps / 8);
     }
 
     std::mt19937 hand;
@@ -291,36 +319,37 @@ protected:
     int steps = 0;
     int named = 0;
     bool picksRowsAndColumns = false;
+    bool changedFirstOfSeveral = false; ///< since the scene was last cleared
     ToolTableLeniency leniency;
 
     static std::vector<Step> AllSteps()
     {
         using W = RandomWalk;
-        return {{"drop models", 6, &W::DropSome},
-                {"check", 5, &W::Check},
-                {"drag models out", 1, &W::DragModels},
-                {"drop a bone", 3, &W::DropBone},
-                {"drag bones out", 2, &W::DragBones},
-                {"select bones", 12, &W::ChooseBones},
-                {"select vertices", 10, &W::ChooseVertices},
-                {"pick", 14, &W::Pick},
-                {"pick most", 5, &W::PickMost},
-                {"slide", 12, &W::Slide},
-                {"type a weight", 10, &W::TypeWeight},
-                {"lock", 5, &W::Lock},
-                {"colour", 4, &W::Colour},
-                {"modes", 4, &W::Modes},
-                {"toggle", 6, &W::Toggle},
-                {"rows and columns", 3, &W::RowsAndColumns},
-                {"undo", 10, &W::Back},
-                {"redo", 8, &W::Forth},
-                {"key", 4, &W::Key},
-                {"select in the scene", 4, &W::SelectInScene},
-                {"delete a mesh", 1, &W::DeleteMesh},
-                {"delete a bone", 1, &W::DeleteBone},
-                {"clear the scene", 1, &W::ClearAll},
-                {"switch the tool", 1, &W::SwitchTool},
-                {"reopen", 1, &W::Reopen}};
+        return {{"drop models", 30, &W::DropSome},
+                {"check", 20, &W::Check},
+                {"drag models out", 3, &W::DragModels},
+                {"drop a bone", 12, &W::DropBone},
+                {"drag bones out", 6, &W::DragBones},
+                {"select bones", 50, &W::ChooseBones},
+                {"select vertices", 40, &W::ChooseVertices},
+                {"pick", 40, &W::Pick},
+                {"pick most", 40, &W::PickMost},
+                {"slide", 60, &W::Slide},
+                {"type a weight", 50, &W::TypeWeight},
+                {"lock", 20, &W::Lock},
+                {"colour", 15, &W::Colour},
+                {"modes", 15, &W::Modes},
+                {"toggle", 20, &W::Toggle},
+                {"rows and columns", 12, &W::RowsAndColumns},
+                {"undo", 40, &W::Back},
+                {"redo", 30, &W::Forth},
+                {"key", 10, &W::Key},
+                {"select in the scene", 15, &W::SelectInScene},
+                {"delete a mesh", 3, &W::DeleteMesh},
+                {"delete a bone", 2, &W::DeleteBone},
+                {"clear the scene", 2, &W::ClearAll},
+                {"switch the tool", 3, &W::SwitchTool},
+                {"reopen", 2, &W::Reopen}};
     }
 };
 

@@ -40,7 +40,10 @@ protected:
         std::ifstream file(m_folder / name, std::ios::binary);
         return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     }
-    static float DeadWeight() { return ZConfigFile("@Application.txt", false, false).Get("Weighting", "DeadWeight", 0.1f); }
+    static float DeadWeight()
+    {
+        return ZConfigFile("@Application.txt", false, false).Get("Weighting", "DeadWeight", 0.1f);
+    }
 
     fs::path m_folder;
 };
@@ -143,7 +146,9 @@ TEST_F(ConfigFile, ChangesAreWrittenBackAmongWhatStandsThere)
 
 TEST_F(ConfigFile, CreatesAMissingFileWhenAsked)
 {
-    { const ZConfigFile file("@New.txt", true, false); }
+    {
+        const ZConfigFile file("@New.txt", true, false);
+    }
     EXPECT_TRUE(fs::exists(m_folder / "@New.txt"));
 }
 

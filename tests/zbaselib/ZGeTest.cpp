@@ -20,10 +20,7 @@ double Difference(const ZgeMatrix& a, const ZgeMatrix& b)
     return largest;
 }
 
-double AnyDouble(double low, double high)
-{
-    return low + (high - low) * (*rc::gen::inRange(0, 1000001)) / 1000000.0;
-}
+double AnyDouble(double low, double high) { return low + (high - low) * (*rc::gen::inRange(0, 1000001)) / 1000000.0; }
 
 ZgeTRS AnyTRS()
 {
@@ -66,9 +63,9 @@ TEST(ZgeRotation, EulerAnglesTurnAboutXThenYThenZ)
 TEST(ZgeRotation, AQuaternionTurnsTheSameWay)
 {
     const double half = 30 * kDegree / 2;
-    EXPECT_LT(Difference(ZgeRotationFromQuaternion(std::sin(half), 0, 0, std::cos(half)),
-                         ZgeRotationFromEuler({30, 0, 0})),
-              kNear);
+    EXPECT_LT(
+        Difference(ZgeRotationFromQuaternion(std::sin(half), 0, 0, std::cos(half)), ZgeRotationFromEuler({30, 0, 0})),
+        kNear);
     EXPECT_LT(Difference(ZgeRotationFromQuaternion(0, 5 * std::sin(half), 0, 5 * std::cos(half)),
                          ZgeRotationFromEuler({0, 30, 0})),
               kNear);

@@ -71,8 +71,9 @@ public:
         const double* const values[] = {t, r, s};
         bool written = true;
         for (int type = 0; type < 3; ++type)
-            written = target.type[type] != nullptr && target.type[type]->WriteDataEx(values[type], kBufferTypeGlobal, info,
-                                                                                      kConnectorWriteDirect) && written;
+            written = target.type[type] != nullptr &&
+                      target.type[type]->WriteDataEx(values[type], kBufferTypeGlobal, info, kConnectorWriteDirect) &&
+                      written;
         return written;
     }
     static bool Read(const Connected& source, ZgeTRS& trs, const ZEvaluateInfo& info)

@@ -322,7 +322,8 @@ TEST_F(Constraint, AnEvaluationThatThrowsSwitchesTheConstraintOff)
     EXPECT_FALSE(constraint.ConstraintGetEnabled());
     EXPECT_EQ(PlaceOf(m_tip).x, 1);
     ASSERT_EQ(ZReport_Warnings().size(), 1u);
-    EXPECT_THAT(ZReport_Warnings()[0], testing::AllOf(testing::HasSubstr("shaky"), testing::HasSubstr("division by zero")));
+    EXPECT_THAT(ZReport_Warnings()[0],
+                testing::AllOf(testing::HasSubstr("shaky"), testing::HasSubstr("division by zero")));
 }
 
 TEST_F(Constraint, IsSetUpAnewWhenTheHostNoLongerAsksToSkipIt)

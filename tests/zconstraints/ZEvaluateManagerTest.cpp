@@ -218,8 +218,8 @@ TEST_F(EvaluateManager, CountsOnlyPassesThatChangeTheScene)
     EXPECT_EQ(m_manager.GetChangeCount(), before + 2);
 }
 
-// Run under the thread sanitizer by the full check: playback with passes under way while rest position is toggled, bones
-// come and models go.
+// Run under the thread sanitizer by the full check: playback with passes under way while rest position is toggled,
+// bones come and models go.
 TEST_F(EvaluateManager, PlaybackWhileConstraintsAndModelsComeAndGo)
 {
     ZModel* root = AddBone(m_scene, "root", {0, 0, 0});

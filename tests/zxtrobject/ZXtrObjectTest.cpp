@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "zbaselib/ZReport.h"
 #include "zxtrobject/ZXtrObject.h"
+#include "zbaselib/ZReport.h"
 
 #include <functional>
 #include <gmock/gmock.h>

@@ -12,8 +12,8 @@
 #include <string_view>
 #include <vector>
 
-/// The bytes come from outside: every offset and count is held against the length before it is used. Follows the generic
-/// ABI's chapters "Object Files" and "Dynamic Linking" for 64-bit files of this machine's byte order.
+/// The bytes come from outside: every offset and count is held against the length before it is used. Follows the
+/// generic ABI's chapters "Object Files" and "Dynamic Linking" for 64-bit files of this machine's byte order.
 class ElfFile
 {
 public:

@@ -37,7 +37,8 @@ std::string ZSession::Plugin::Load()
     if (std::string wrong = ZPluginFile_Check(file); !wrong.empty())
         return wrong;
     const size_t before = Object_GetCatalogue().size();
-    // Everything is bound now: a library with a missing symbol is refused here and does not fail in the middle of a gesture.
+    // Everything is bound now: a library with a missing symbol is refused here and does not fail in the middle of a
+    // gesture.
     m_library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (m_library == nullptr) {
         const char* const reason = dlerror();

@@ -10,8 +10,8 @@
 #include <vector>
 
 /// Loading, as a story: the file is read and judged without running anything of it; the loader maps it and runs its
-/// constructors, and with them its start routine; LIBRARY_INIT is asked; the entry point is called. Whatever the library
-/// put into the catalogue meanwhile is remembered and withdrawn when it goes, also when it is refused halfway.
+/// constructors, and with them its start routine; LIBRARY_INIT is asked; the entry point is called. Whatever the
+/// library put into the catalogue meanwhile is remembered and withdrawn when it goes, also when it is refused halfway.
 struct ZSession::Plugin
 {
     Plugin(std::string file, std::string identity);
@@ -26,8 +26,8 @@ struct ZSession::Plugin
     /// Was this object's class made by the library? Its code goes with the library.
     bool Made(const ZObject& object) const;
 
-    const std::string file;     ///< as it was named
-    const std::string identity; ///< the file itself, whatever name led to it
+    const std::string file;                                   ///< as it was named
+    const std::string identity;                               ///< the file itself, whatever name led to it
     std::vector<std::pair<std::string, std::string>> entries; ///< path and name in the catalogue
 
 private:

@@ -7,7 +7,8 @@
 #include <bit>
 
 namespace {
-/// Mixes a number into a state; the order counts (the multiplier is that of the 64-bit FNV hash by Fowler, Noll and Vo).
+/// Mixes a number into a state; the order counts (the multiplier is that of the 64-bit FNV hash by Fowler, Noll and
+/// Vo).
 void Mix(std::uint64_t& state, std::uint64_t number) { state = (state ^ number) * 0x100000001b3u; }
 } // namespace
 

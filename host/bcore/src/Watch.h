@@ -15,8 +15,8 @@ struct MadeManipulator
     ZManipulator* manipulator;
 };
 
-/// Numbers that change when something that is shown has changed. They are taken after each event and compared with those
-/// of the event before; taking them is linear in the number of models and controls, not of vertices.
+/// Numbers that change when something that is shown has changed. They are taken after each event and compared with
+/// those of the event before; taking them is linear in the number of models and controls, not of vertices.
 struct ZSession::Watch
 {
     /// Transforms, weights, time, and which models there are.

@@ -82,10 +82,7 @@ std::vector<MadeManipulator> ManipulatorsSince(const std::vector<ZManipulator*>&
     return made;
 }
 
-std::string CountOfVertices(int count)
-{
-    return std::to_string(count) + (count == 1 ? " vertex" : " vertices");
-}
+std::string CountOfVertices(int count) { return std::to_string(count) + (count == 1 ? " vertex" : " vertices"); }
 } // namespace
 
 ZSession::ZSession(const Options& options) : m_options(options), m_watch(std::make_unique<Watch>())

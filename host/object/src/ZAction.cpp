@@ -63,8 +63,8 @@ void ZInteractionDefinition::Done() { m_inProgress = false; }
 
 ZActionManager::ZActionManager()
 {
-    m_actions.emplace(kActionFrameSelection, std::make_unique<ZActionDefinition>(kActionFrameSelection,
-                                                                                 "Frame selection", kKeyF, 0));
+    m_actions.emplace(kActionFrameSelection,
+                      std::make_unique<ZActionDefinition>(kActionFrameSelection, "Frame selection", kKeyF, 0));
     for (const Binding& binding : kBindings)
         m_interactions.emplace(binding.id,
                                std::make_unique<ZInteractionDefinition>(binding.id, binding.name, binding.button,

@@ -146,7 +146,8 @@ ZUndoStack::~ZUndoStack()
 void ZUndoStack::TransactionBegin(const char* name, bool)
 {
     if (m_state->replaying)
-        return ZReport_Misuse("ZUndoStack::TransactionBegin", "a step is being undone or redone; nothing may be recorded");
+        return ZReport_Misuse("ZUndoStack::TransactionBegin",
+                              "a step is being undone or redone; nothing may be recorded");
     if (m_depth++ > 0)
         return;
     m_state->open = Step();

@@ -62,7 +62,12 @@ std::string ReadFile(const std::string& path)
 /// What one line says.
 struct Line
 {
-    enum class Kind { Other, Section, Value };
+    enum class Kind
+    {
+        Other,
+        Section,
+        Value
+    };
     Kind kind = Kind::Other;
     std::string_view name; ///< of the section or the key
     std::string_view value;
@@ -213,7 +218,8 @@ void ZConfigFile::Set(const char* section, const char* key, const std::string& v
         return;
     }
     std::string line = value;
-    std::replace_if(line.begin(), line.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
+    std::replace_if(
+        line.begin(), line.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
     line = Trimmed(line);
     if (const std::string* present = Find(section, key); present != nullptr && *present == line)
         return;

@@ -5,7 +5,12 @@
 #include <utility>
 
 namespace {
-enum ReportKind { kReportWarning = 0, kReportStatus = 1, kReportMisuse = 2 };
+enum ReportKind
+{
+    kReportWarning = 0,
+    kReportStatus = 1,
+    kReportMisuse = 2
+};
 
 struct Report
 {

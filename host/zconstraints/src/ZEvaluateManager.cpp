@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The evaluation manager and its thread.
 //
-// Who holds what: between the moment a pass is handed to the thread (busy) and the moment the thread is done, the thread
-// owns the jobs and the connected objects of their constraints; otherwise the user-interface thread does. The mutex hands
-// them over. Everything else of the state belongs to the user-interface thread alone.
+// Who holds what: between the moment a pass is handed to the thread (busy) and the moment the thread is done, the
+// thread owns the jobs and the connected objects of their constraints; otherwise the user-interface thread does. The
+// mutex hands them over. Everything else of the state belongs to the user-interface thread alone.
 #include "zconstraints/ZEvaluateManager.h"
 
 #include "Connections.h"
@@ -121,10 +121,7 @@ ZEvaluateManager::~ZEvaluateManager()
     m_state->thread.join();
 }
 
-bool ZEvaluateManager::IsEvaluationThread() const
-{
-    return m_state->thread.get_id() == std::this_thread::get_id();
-}
+bool ZEvaluateManager::IsEvaluationThread() const { return m_state->thread.get_id() == std::this_thread::get_id(); }
 
 void ZEvaluateManager::DevicePause()
 {
@@ -202,9 +199,8 @@ bool ZEvaluateManager::Finish()
 
 bool ZEvaluateManager::HasWork() const
 {
-    return std::any_of(m_state->constraints.begin(), m_state->constraints.end(), [](const ZConstraint* constraint) {
-        return constraint->m_enabled || constraint->m_marked;
-    });
+    return std::any_of(m_state->constraints.begin(), m_state->constraints.end(),
+                       [](const ZConstraint* constraint) { return constraint->m_enabled || constraint->m_marked; });
 }
 
 int ZEvaluateManager::GetLastPassId() const { return m_state->lastPassId; }

@@ -54,8 +54,8 @@ private:
     }
 };
 int TinyManipulator::ClassId = -1;
-ZClassDefinition TinyManipulator::Definition(TinyManipulator::ClassId, "TinyManipulator", &ZManipulator::ClassDefinition,
-                                             nullptr);
+ZClassDefinition TinyManipulator::Definition(TinyManipulator::ClassId, "TinyManipulator",
+                                             &ZManipulator::ClassDefinition, nullptr);
 const int s_manipulatorId = TinyManipulator::ClassId = TinyManipulator::Definition.RegisterClassId();
 
 /// What happened to the tool stands in its label, for the test to read.
@@ -65,7 +65,8 @@ public:
     TinyTool() : ZTool("Tiny"), m_record("RecordCheck"), m_dangle("DangleCheck")
     {
         SetToolSize(300, 120);
-        const ZtEdge left{0, ZtAttachment::Left, ""}, right{0, ZtAttachment::Right, ""}, height{20, ZtAttachment::Size, ""};
+        const ZtEdge left{0, ZtAttachment::Left, ""}, right{0, ZtAttachment::Right, ""},
+            height{20, ZtAttachment::Size, ""};
         AddRegion("RecordCheck", left, {0, ZtAttachment::Top, ""}, right, height);
         AddRegion("DangleCheck", left, {30, ZtAttachment::Top, ""}, right, height);
         SetRegionView("RecordCheck", &m_record);
