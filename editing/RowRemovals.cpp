@@ -3,6 +3,8 @@
 
 #include "weights/ZWeightUIModelData.h"
 
+#include <algorithm>
+
 RowRemovals::ModelCounts& RowRemovals::CountsOf(const ZWeightUIModelData* data)
 {
     if (data != m_lastData) {
@@ -27,7 +29,13 @@ void RowRemovals::CountRows()
     m_counted = true;
     for (int row = 0; row < m_rows.vertexRows.GetCount(); ++row)
         if (Counts* const count = CountOf(m_rows.vertexModels[row], m_rows.vertexRows[row]))
-            ++count->present;
+            count->present = static_cast<std::uint16_t>(std::min(count->present + 1, kMost));
+}
+
+void RowRemovals::Reserve(int more)
+{
+    m_rows.vertexRows.Reserve(m_rows.vertexRows.GetCount() + more);
+    m_rows.vertexModels.Reserve(m_rows.vertexModels.GetCount() + more);
 }
 
 void RowRemovals::Append(ZWeightUIModelData& data, int vertex)
@@ -37,7 +45,7 @@ void RowRemovals::Append(ZWeightUIModelData& data, int vertex)
     if (!m_counted)
         return;
     if (Counts* const count = CountOf(&data, vertex))
-        ++count->present;
+        count->present = static_cast<std::uint16_t>(std::min(count->present + 1, kMost));
 }
 
 void RowRemovals::Remove(ZWeightUIModelData& data, int vertex)
@@ -50,6 +58,12 @@ void RowRemovals::Remove(ZWeightUIModelData& data, int vertex)
     --count->present;
     ++count->pending;
     ++m_pendingCount;
+    if (count->pending < kMost)
+        return;
+    Finish();
+    m_counts.clear();
+    m_lastData = nullptr;
+    CountRows();
 }
 
 void RowRemovals::Finish()

@@ -4,6 +4,7 @@
 
 #include "editing/ZWeightSelection.h"
 
+#include <cstdint>
 #include <memory>
 #include <unordered_map>
 #include <vector>
@@ -19,7 +20,15 @@ public:
     RowRemovals(const RowRemovals&) = delete;
     RowRemovals& operator=(const RowRemovals&) = delete;
 
+    /// Room for so many more rows.
+    void Reserve(int more);
     void Append(ZWeightUIModelData& data, int vertex);
+    /// The vertex will be asked for soon.
+    void Prefetch(const ZWeightUIModelData& data, int vertex)
+    {
+        if (&data == m_lastData && static_cast<size_t>(vertex) < m_lastCounts->size())
+            __builtin_prefetch(&(*m_lastCounts)[static_cast<size_t>(vertex)], 1);
+    }
     /// Removes the first row of the vertex, if there is one.
     void Remove(ZWeightUIModelData& data, int vertex);
     bool IsListEmpty() const { return m_rows.vertexRows.GetCount() == m_pendingCount; }
@@ -29,9 +38,10 @@ public:
 private:
     struct Counts
     {
-        int present = 0; ///< rows of the vertex that are there
-        int pending = 0; ///< first rows of it that are to go
+        std::uint16_t present = 0; ///< rows of the vertex that are there; no more than kMost are counted
+        std::uint16_t pending = 0; ///< first rows of it that are to go; at kMost they go
     };
+    static constexpr int kMost = 65535;
     using ModelCounts = std::vector<Counts>;
 
     ModelCounts& CountsOf(const ZWeightUIModelData* data);

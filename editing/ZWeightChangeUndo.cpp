@@ -35,12 +35,16 @@ void ZWeightingWeightChangeUndoEntry::Reserve(int vertexCount, int influenceCoun
 
 void ZWeightingWeightChangeUndoEntry::AddVertex(int vertex, const VertexInfluences& before)
 {
+    const int begin = m_links.GetCount();
+    const int count = before.GetCount();
+    if (begin + count > m_links.GetCapacity())
+        Reserve(vertices.GetCount() + 1, std::max(begin + count, 2 * begin));
+    m_links.SetCountUninitialised(begin + count);
+    m_weights.SetCountUninitialised(begin + count);
+    std::copy_n(before.links.GetData(), count, m_links.GetData() + begin);
+    std::copy_n(before.weights.GetData(), count, m_weights.GetData() + begin);
     vertices.Add(vertex);
-    for (int k = 0; k < before.GetCount(); ++k) {
-        m_links.Add(before.links[k]);
-        m_weights.Add(before.weights[k]);
-    }
-    m_offsets.Add(m_links.GetCount());
+    m_offsets.Add(begin + count);
 }
 
 VertexInfluencesView ZWeightingWeightChangeUndoEntry::ViewBefore(int index) const

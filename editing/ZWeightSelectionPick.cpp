@@ -68,6 +68,8 @@ public:
 
     template <class Action> void ForEach(const ZArrayTemplate<int>& batch, const Action& action)
     {
+        // Batches may come in any order: what a later pair needs is fetched while earlier ones are at work.
+        constexpr int kAhead = 2 * 24;
         int previous = -1;
         ZWeightingSelectionUndo* undo = nullptr;
         ZWeightUIModelData* data = nullptr;
@@ -80,13 +82,25 @@ public:
                 data = m_models[model];
                 Begin(model, *data);
                 undo = MakeRecord(*data);
+                if (undo != nullptr)
+                    undo->Reserve(2 * RunLength(batch, i));
                 previous = model;
             }
+            if (i + kAhead + 1 < batch.GetCount())
+                Prefetch(*data, batch[i + kAhead + 1]);
             if (vertex < 0 || vertex >= data->vertexStates.GetCount() || data->geometry == nullptr)
                 continue;
             PickedVertex picked(m_selection, *data, vertex, undo);
             action(picked);
         }
+    }
+    /// Room for what the batch may add.
+    void Reserve(const ZArrayTemplate<int>& batch)
+    {
+        rows.Reserve(batch.GetCount() / 2);
+        for (int i = 0; i + 1 < batch.GetCount(); i += 2 * RunLength(batch, i))
+            if (batch[i] >= 0 && batch[i] < m_models.GetCount())
+                m_models[batch[i]]->ReserveSelection(RunLength(batch, i));
     }
     void Select(PickedVertex& picked)
     {
@@ -111,6 +125,22 @@ public:
     RowRemovals rows;
 
 private:
+    /// Pairs from `begin` on that name the same model.
+    static int RunLength(const ZArrayTemplate<int>& batch, int begin)
+    {
+        int end = begin;
+        while (end + 1 < batch.GetCount() && batch[end] == batch[begin])
+            end += 2;
+        return (end - begin) / 2;
+    }
+    /// The vertex need not be one of this model: then nothing is gained and nothing lost.
+    void Prefetch(const ZWeightUIModelData& data, int vertex)
+    {
+        if (vertex < 0 || vertex >= data.vertexStates.GetCount())
+            return;
+        __builtin_prefetch(data.vertexStates.GetData() + vertex, 1);
+        rows.Prefetch(data, vertex);
+    }
     void Begin(int model, ZWeightUIModelData& data)
     {
         std::uint8_t& begun = m_begun[static_cast<size_t>(model)];
@@ -145,6 +175,7 @@ void ZWeightSelection::PickSelect(const ZArrayTemplate<int>& batch, int code)
 {
     BatchWalk walk(m_owner, *this);
     if (code == kPickAdd) {
+        walk.Reserve(batch);
         walk.ForEach(batch, [&](PickedVertex& picked) {
             if (picked.State() == kNotSelected)
                 walk.Select(picked);

@@ -167,6 +167,7 @@ void ZWeightSelection::DeselectUnchecked()
 /// The rows of a vertex are chained through an index, so that nothing is searched for.
 void ZWeightSelection::AppendActiveRows()
 {
+    constexpr int kAhead = 24; // vertices may come in any order: later ones are fetched early
     ZWeightUIModelDataList& models = m_owner.ModelDataList();
     std::unordered_map<const ZWeightUIModelData*, std::vector<int>> firstRows;
     for (int i = 0; i < models.GetCount(); ++i)
@@ -182,6 +183,8 @@ void ZWeightSelection::AppendActiveRows()
             const auto found = firstRows.find(last);
             firsts = found == firstRows.end() ? nullptr : &found->second;
         }
+        if (firsts != nullptr && row >= kAhead && static_cast<size_t>(vertexRows[row - kAhead]) < firsts->size())
+            __builtin_prefetch(firsts->data() + vertexRows[row - kAhead], 1);
         const auto vertex = static_cast<size_t>(vertexRows[row]);
         if (firsts == nullptr || vertex >= firsts->size())
             continue;
@@ -193,9 +196,15 @@ void ZWeightSelection::AppendActiveRows()
         const auto found = firstRows.find(models[i]);
         if (found == firstRows.end())
             continue;
-        for (const int vertex : models[i]->activeVertices)
-            for (int row = found->second[static_cast<size_t>(vertex)]; row >= 0; row = nextRow[static_cast<size_t>(row)])
+        const ZArrayTemplate<int, 16>& active = models[i]->activeVertices;
+        targetRows.Reserve(targetRows.GetCount() + active.GetCount());
+        for (int k = 0; k < active.GetCount(); ++k) {
+            if (k + kAhead < active.GetCount())
+                __builtin_prefetch(found->second.data() + active[k + kAhead]);
+            for (int row = found->second[static_cast<size_t>(active[k])]; row >= 0;
+                 row = nextRow[static_cast<size_t>(row)])
                 targetRows.Add(row);
+        }
     }
 }
 

@@ -65,6 +65,20 @@ ZWeightingSelectionUndo::ZWeightingSelectionUndo(IEditingOwner* tool) : ZWeighti
 
 void ZWeightingSelectionUndo::SetModel(ZWeightUIModelData* data) { model.Set(data); }
 
+void ZWeightingSelectionUndo::Reserve(int more)
+{
+    for (ZArrayTemplate<int, 16>* const list : {&vertices, &oldStates, &newStates})
+        list->Reserve(list->GetCount() + more);
+}
+
+/// Records keep the order of the pick, whatever it was: the state of a later vertex is fetched while earlier ones are set.
+void ZWeightingSelectionUndo::Prefetch(const ZWeightUIModelData& data, int index) const
+{
+    constexpr int kAhead = 24;
+    if (index + kAhead < vertices.GetCount())
+        __builtin_prefetch(data.vertexStates.GetData() + vertices[index + kAhead], 1);
+}
+
 void ZWeightingSelectionUndo::RecordTransition(int vertex, int oldState, int newState)
 {
     vertices.Add(vertex);
@@ -91,6 +105,7 @@ void ZWeightingSelectionUndo::Undo()
     data->BeginSelectionBatch();
     for (int i = 0; i < vertices.GetCount(); ++i) {
         const int vertex = vertices[i];
+        Prefetch(*data, i);
         if (vertex < 0 || static_cast<size_t>(vertex) >= done.size() || done[static_cast<size_t>(vertex)] != 0)
             continue;
         done[static_cast<size_t>(vertex)] = 1;
@@ -107,8 +122,10 @@ void ZWeightingSelectionUndo::Redo()
     if (data == nullptr)
         return;
     data->BeginSelectionBatch();
-    for (int i = 0; i < vertices.GetCount(); ++i)
+    for (int i = 0; i < vertices.GetCount(); ++i) {
+        Prefetch(*data, i);
         data->SetVertexState(vertices[i], newStates[i]);
+    }
     data->EndSelectionBatch();
     if (IEditingOwner* const tool = Tool())
         tool->RebuildVertexRows();

@@ -40,6 +40,8 @@ class ZWeightingSelectionUndo : public ZWeightingUndoBase, public IVertexTransit
 public:
     explicit ZWeightingSelectionUndo(IEditingOwner* tool);
     void SetModel(ZWeightUIModelData* model);
+    /// Room for so many more transitions.
+    void Reserve(int more);
     void RecordTransition(int vertex, int oldState, int newState) override;
     bool IsEmpty() override;
     void TransactionClosed() override;
@@ -52,6 +54,9 @@ public:
     ZArrayTemplate<int, 16> oldStates;
     ZArrayTemplate<int, 16> newStates;
     HdlZPlug model;
+
+private:
+    void Prefetch(const ZWeightUIModelData& data, int index) const;
 };
 
 /// Check marks of models.

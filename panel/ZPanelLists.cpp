@@ -61,8 +61,7 @@ void ZCharacterWeightingNormalLayout::RefillBoneList()
         listBonesList.AddRows(1); // says "Empty"
     if (automaticBoneSelection && !selection.vertexRows.IsEmpty())
         MarkInfluencingBones();
-    for (const int bone : selectedBones)
-        listBonesList.SetRowSelected(bone, true);
+    listBonesList.SelectRows(selectedBones.GetData(), selectedBones.GetCount());
     UpdateCurrentBone();
 }
 
@@ -107,10 +106,9 @@ void ZCharacterWeightingNormalLayout::RefillVertexList()
     listVertexList.AddRows(rows);
     StateLookup states;
     for (int row = 0; row < rows; ++row)
-        if (states.IsActive(selection.vertexModels[row], selection.vertexRows[row])) {
+        if (states.IsActive(selection.vertexModels[row], selection.vertexRows[row]))
             selection.targetRows.Add(row);
-            listVertexList.SetRowSelected(row, true);
-        }
+    listVertexList.SelectRows(selection.targetRows.GetData(), selection.targetRows.GetCount());
     selection.noActive = selection.targetRows.IsEmpty();
 }
 

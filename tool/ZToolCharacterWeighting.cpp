@@ -40,7 +40,8 @@ ZToolCharacterWeighting::ZToolCharacterWeighting() : ZTool("fmtoolcharacterweigh
     LayOut();
     MakeHelpers();
     RegisterHandlers();
-    ReadDeadWeight();
+    const ZConfigFile settings("@Application.txt", false, false); // closed again when all is built
+    ReadDeadWeight(settings);
     m_refreshPending = true;
     ZXtrObject_Register(ZMakeHandler<&Tool::OnSceneEvent>(this));
     SetToolSize(1146, 311);
@@ -87,9 +88,8 @@ void ZToolCharacterWeighting::UnregisterHandlers()
         keys->Unregister(kShortCutKeyEvent, this, ZMakeHandler<&Tool::OnShortCut>(this));
 }
 
-void ZToolCharacterWeighting::ReadDeadWeight()
+void ZToolCharacterWeighting::ReadDeadWeight(const ZConfigFile& settings)
 {
-    const ZConfigFile settings("@Application.txt", false, false);
     const float percent = settings.Get("Weighting", "DeadWeight", 0.1F);
     m_deadWeight = static_cast<double>(percent * 0.01F);
 }
@@ -170,8 +170,8 @@ void ZToolCharacterWeighting::HideManipulator()
         m_manipulator->ManipulatorSetHidden(true);
 }
 
-/// The set owns the manipulator and the session has it taken out with the tool: what stays of it until then is hidden, not
-/// active, and knows no tool.
+/// The set owns the manipulator and the session has it taken out with the tool: what stays of it until then is hidden,
+/// not active, and knows no tool.
 void ZToolCharacterWeighting::ReleaseManipulator()
 {
     if (m_manipulator == nullptr)

@@ -16,7 +16,7 @@
 class ZActionDefinition;
 class ZCharacterWeightingConstraint;
 class ZCharacterWeightingManipulator;
-class ZWeightingModelSelectionUndo;
+class ZConfigFile;
 
 /// Life, as a story: the catalogue's factory makes it and hands it to the host; the constructor lays the window out,
 /// makes manipulator and constraint, listens to the host and reads the dead weight; ToolActivate shows the manipulator,
@@ -74,6 +74,7 @@ public:
     bool IsModelSelectionEnabled() const override { return m_panel.modelSelectionEnabled; }
     bool IsForegroundOnly() const override { return m_panel.foregroundOnly; }
     const ZArrayTemplate<int, 16>& SelectedBones() const override { return m_panel.selectedBones; }
+    void ViewerGestureBegins() override { m_panel.CutOffDrag(); }
 
     // What follows a change.
     IWeightDeform* MakeStrategy(int deformMode) override;
@@ -98,7 +99,7 @@ private:
     void MakeHelpers();
     void RegisterHandlers();
     void UnregisterHandlers();
-    void ReadDeadWeight();
+    void ReadDeadWeight(const ZConfigFile& settings);
 
     // Handlers of host events.
     void OnPlugNotify(ZObject* sender, ZEvent& event);

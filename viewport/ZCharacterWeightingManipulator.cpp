@@ -205,8 +205,10 @@ bool ZCharacterWeightingManipulator::HandleInput(int x, int y, int kind, int but
         if (IsButton(m_interactions[PassMiddle], button, modifier) ||
             IsButton(m_interactions[PassShiftMiddle], button, modifier))
             return !idle;
-        if (button >= kButtonLeft && button <= kButtonRight)
+        if (button >= kButtonLeft && button <= kButtonRight) {
+            m_tool->ViewerGestureBegins();
             m_pressed = 1;
+        }
     }
     UpdatePosition(x, y);
     if (m_pressed != 1) {
@@ -243,6 +245,7 @@ void ZCharacterWeightingManipulator::UpdatePosition(int x, int y)
 
 void ZCharacterWeightingManipulator::ClearByEscape()
 {
+    m_tool->ViewerGestureBegins();
     ZWeightSelection& selection = m_tool->Selection();
     if (!m_restrictedPick || Object_GetCurrentKeyState(kKeyRestrict, true))
         selection.ClearAllVertexLists();

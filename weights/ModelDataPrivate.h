@@ -5,8 +5,6 @@
 #include "weights/VertexInfluencesSlab.h"
 #include "weights/ZWeightUIModelData.h"
 
-#include <cstdint>
-
 struct ZWeightUIModelData::Private
 {
     /// Memory of the records that vertexInfluences points at.
@@ -17,11 +15,15 @@ struct ZWeightUIModelData::Private
     /// How many entries boneLinkPositions had when linkOfBone was built; -1: never.
     int indexedLinks = -1;
 
-    /// Removals that wait for the end of a batch. For each vertex, how often its first entry has still to leave a list:
-    /// the lower four bits count for selectedVertices, the upper four for activeVertices. Empty outside a batch and until
-    /// its first removal.
-    ZArrayTemplate<std::uint8_t> pendingRemovals;
-    int pendingSelected = 0;
-    int pendingActive = 0;
+    /// The skin may hold entries that no record names: a weight that was taken back by an undo, or one that is none. Then
+    /// a new influence looks for its entry before it makes one.
+    bool skinHoldsMore = false;
+
+    // A batch of selection changes: vertices that left a list still stand in it.
+    int liveSelected = 0; ///< entries of selectedVertices that count
+    int liveActive = 0;   ///< entries of activeVertices that count
+    /// A vertex may have left a list and come back: then it stands there twice.
+    bool selectedCameBack = false;
+    bool activeCameBack = false;
     int batchDepth = 0;
 };

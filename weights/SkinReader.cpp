@@ -11,8 +11,10 @@ SkinReader::SkinReader(ISkinLinks& links, Filter filter) : m_links(links), m_fil
     const int linkCount = links.LinkCount();
     m_entries.reserve(static_cast<size_t>(linkCount));
     for (int link = 0; link < linkCount; ++link) {
-        if (links.LinkModel(link) == nullptr)
+        if (links.LinkModel(link) == nullptr) {
+            m_passedOver = true;
             continue;
+        }
         Entries entries;
         entries.link = link;
         links.BeginLink(link);
@@ -42,6 +44,8 @@ void SkinReader::ReadBlock(VertexInfluences* records, int begin, int end)
             const float weight = static_cast<float>(entries.weights[entry]);
             if (Takes(weight))
                 records[entries.vertices[entry]].Add(entries.link, weight);
+            else
+                m_passedOver = true;
         }
         entries.cursor = entry;
     }
@@ -59,6 +63,8 @@ void SkinReader::ReadAll(VertexInfluences* records, int vertexCount)
             const float weight = static_cast<float>(entries.weights[entry]);
             if (vertex >= 0 && vertex < vertexCount && Takes(weight))
                 records[vertex].Add(entries.link, weight);
+            else
+                m_passedOver = true;
         }
     }
 }
@@ -72,6 +78,8 @@ void SkinReader::ReadEntryByEntry(const Entries& entries, VertexInfluences* reco
         const float weight = static_cast<float>(m_links.EntryWeight(entry));
         if (vertex >= 0 && vertex < vertexCount && Takes(weight))
             records[vertex].Add(entries.link, weight);
+        else
+            m_passedOver = true;
     }
     m_links.EndLink();
 }

@@ -23,6 +23,8 @@ public:
     void ReadBlock(VertexInfluences* records, int begin, int end);
     /// Appends to all records, link after link.
     void ReadAll(VertexInfluences* records, int vertexCount);
+    /// Was there an entry that did not go into a record?
+    bool PassedOverAny() const { return m_passedOver; }
 
 private:
     struct Entries
@@ -39,5 +41,6 @@ private:
     ISkinLinks& m_links;
     Filter m_filter;
     bool m_followsVertices = true;
+    bool m_passedOver = false;
     std::vector<Entries> m_entries;
 };

@@ -74,66 +74,64 @@ void SkinRewriter_Rewrite(ISkinLinks& links, const VertexInfluences* records, in
     }
 }
 
-SkinWeightBatch::SkinWeightBatch(ISkinLinks* links) : m_links(links) {}
-
-void SkinWeightBatch::Flush()
+SkinWeightBatch::SkinWeightBatch(ISkinLinks* links, size_t vertices)
+    : m_links(links), m_setsPerLink(static_cast<int>(std::clamp<size_t>(vertices, 1, 128))),
+      m_setCounts(links != nullptr ? static_cast<size_t>(links->LinkCount()) : 0, 0),
+      m_setVertices(new int[m_setCounts.size() * static_cast<size_t>(m_setsPerLink)]),
+      m_setWeights(new double[m_setCounts.size() * static_cast<size_t>(m_setsPerLink)]), m_adds(m_setCounts.size())
 {
-    // New entries first: a weight that is set after its entry was added finds it.
-    Write(m_adds, true);
-    Write(m_sets, false);
 }
 
-void SkinWeightBatch::Write(std::vector<Change>& changes, bool add)
+SkinWeightBatch::~SkinWeightBatch()
 {
-    const int linkCount = m_links != nullptr && !changes.empty() ? m_links->LinkCount() : 0;
-    m_ends.assign(static_cast<size_t>(linkCount) + 1, 0);
-    const auto isThere = [linkCount](const Change& change) { return change.link >= 0 && change.link < linkCount; };
-    for (const Change& change : changes)
-        if (isThere(change))
-            ++m_ends[static_cast<size_t>(change.link) + 1];
-    for (size_t link = 1; link < m_ends.size(); ++link)
-        m_ends[link] += m_ends[link - 1];
-    m_vertices.resize(changes.size());
-    m_weights.resize(changes.size());
-    for (const Change& change : changes) {
-        if (!isThere(change))
-            continue;
-        const auto place = static_cast<size_t>(m_ends[static_cast<size_t>(change.link)]++);
-        m_vertices[place] = change.vertex;
-        m_weights[place] = change.weight;
-    }
-    changes.clear();
-    int begin = 0;
-    for (int link = 0; link < linkCount; ++link) {
-        const int end = m_ends[static_cast<size_t>(link)];
-        if (end > begin) {
-            m_links->BeginLink(link);
-            if (add)
-                SetOrAddToCurrentLink(begin, end);
-            else
-                m_links->SetVertexWeights(m_vertices.data() + begin, m_weights.data() + begin, end - begin);
-            m_links->EndLink();
-        }
-        begin = end;
-    }
+    for (size_t link = 0; link < m_setCounts.size(); ++link)
+        WriteLink(static_cast<int>(link));
 }
 
-void SkinWeightBatch::SetOrAddToCurrentLink(int begin, int end)
+void SkinWeightBatch::Add(int link, int vertex, double weight, bool mayBeThere)
 {
-    m_newVertices.clear();
-    m_newWeights.clear();
-    const bool isEmpty = m_links->EntryCount() == 0;
-    for (int i = begin; i < end; ++i) {
-        const int vertex = m_vertices[static_cast<size_t>(i)];
-        const double weight = m_weights[static_cast<size_t>(i)];
-        const int entry = isEmpty ? -1 : m_links->FindEntry(vertex);
+    if (!HasLink(link))
+        return;
+    m_mayBeThere = m_mayBeThere || mayBeThere;
+    NewEntries& entries = m_adds[static_cast<size_t>(link)];
+    entries.vertices.push_back(vertex);
+    entries.weights.push_back(weight);
+    if (entries.vertices.size() >= kAdds)
+        WriteLink(link);
+}
+
+void SkinWeightBatch::WriteLink(int link)
+{
+    int& setCount = m_setCounts[static_cast<size_t>(link)];
+    NewEntries& adds = m_adds[static_cast<size_t>(link)];
+    if (setCount == 0 && adds.vertices.empty())
+        return;
+    m_links->BeginLink(link);
+    // New entries first: a weight that was set after its entry was added finds it.
+    if (!adds.vertices.empty() && m_mayBeThere)
+        SetOrAddEach(adds);
+    else if (!adds.vertices.empty())
+        m_links->AddEntries(adds.vertices.data(), adds.weights.data(), static_cast<int>(adds.vertices.size()));
+    if (setCount > 0)
+        m_links->SetVertexWeights(&m_setVertices[FirstSet(link)], &m_setWeights[FirstSet(link)], setCount);
+    m_links->EndLink();
+    setCount = 0;
+    adds.vertices.clear();
+    adds.weights.clear();
+}
+
+void SkinWeightBatch::SetOrAddEach(const NewEntries& entries)
+{
+    NewEntries missing;
+    for (size_t i = 0; i < entries.vertices.size(); ++i) {
+        const int entry = m_links->FindEntry(entries.vertices[i]);
         if (entry >= 0) {
-            m_links->SetEntryWeight(weight, entry);
+            m_links->SetEntryWeight(entries.weights[i], entry);
             continue;
         }
-        m_newVertices.push_back(vertex);
-        m_newWeights.push_back(weight);
+        missing.vertices.push_back(entries.vertices[i]);
+        missing.weights.push_back(entries.weights[i]);
     }
-    if (!m_newVertices.empty())
-        m_links->AddEntries(m_newVertices.data(), m_newWeights.data(), static_cast<int>(m_newVertices.size()));
+    if (!missing.vertices.empty())
+        m_links->AddEntries(missing.vertices.data(), missing.weights.data(), static_cast<int>(missing.vertices.size()));
 }

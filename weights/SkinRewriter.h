@@ -4,6 +4,8 @@
 
 #include "weights/VertexInfluences.h"
 
+#include <cstddef>
+#include <memory>
 #include <vector>
 
 class ISkinLinks;
@@ -17,46 +19,46 @@ void SkinRewriter_Rewrite(ISkinLinks& links, const VertexInfluences* records, in
 class SkinWeightBatch
 {
 public:
-    explicit SkinWeightBatch(ISkinLinks* links);
-    ~SkinWeightBatch() { Flush(); }
+    /// `vertices`: how many vertices will be changed, about.
+    SkinWeightBatch(ISkinLinks* links, size_t vertices);
+    ~SkinWeightBatch();
     SkinWeightBatch(const SkinWeightBatch&) = delete;
     SkinWeightBatch& operator=(const SkinWeightBatch&) = delete;
 
     /// The weight of an entry; passed over when the link has no entry for the vertex.
     void Set(int link, int vertex, double weight)
     {
-        m_sets.push_back({link, vertex, weight});
-        if (m_sets.size() >= kBatch)
-            Flush();
+        if (!HasLink(link))
+            return;
+        int& count = m_setCounts[static_cast<size_t>(link)];
+        const size_t place = FirstSet(link) + static_cast<size_t>(count);
+        m_setVertices[place] = vertex;
+        m_setWeights[place] = weight;
+        if (++count == m_setsPerLink)
+            WriteLink(link);
     }
-    /// The weight of an entry, which is made when the link has none for the vertex. An undo leaves entries of weight 0
-    /// that no record names; they are taken up again, so that a vertex never has two entries of one link.
-    void SetOrAdd(int link, int vertex, double weight)
-    {
-        m_adds.push_back({link, vertex, weight});
-        if (m_adds.size() >= kBatch)
-            Flush();
-    }
-    void Flush();
+    /// A new entry. With `mayBeThere` the link is asked first, and an entry that it has gets the weight: an undo leaves
+    /// entries of weight 0 that no record names, and a vertex never has two entries of one link.
+    void Add(int link, int vertex, double weight, bool mayBeThere);
 
 private:
-    struct Change
+    static constexpr size_t kAdds = 65536;
+    struct NewEntries
     {
-        int link;
-        int vertex;
-        double weight;
+        std::vector<int> vertices;
+        std::vector<double> weights;
     };
-    static constexpr size_t kBatch = 32768;
 
-    void Write(std::vector<Change>& changes, bool add);
-    void SetOrAddToCurrentLink(int begin, int end);
+    bool HasLink(int link) const { return link >= 0 && static_cast<size_t>(link) < m_setCounts.size(); }
+    size_t FirstSet(int link) const { return static_cast<size_t>(link) * static_cast<size_t>(m_setsPerLink); }
+    void WriteLink(int link);
+    void SetOrAddEach(const NewEntries& entries);
 
     ISkinLinks* m_links;
-    std::vector<Change> m_sets;
-    std::vector<Change> m_adds;
-    std::vector<int> m_ends; ///< of each link's stretch in the two arrays below
-    std::vector<int> m_vertices;
-    std::vector<double> m_weights;
-    std::vector<int> m_newVertices;
-    std::vector<double> m_newWeights;
+    int m_setsPerLink;
+    std::vector<int> m_setCounts; ///< by link
+    std::unique_ptr<int[]> m_setVertices;
+    std::unique_ptr<double[]> m_setWeights;
+    std::vector<NewEntries> m_adds; ///< by link
+    bool m_mayBeThere = false;
 };

@@ -79,12 +79,11 @@ void ZWeightUIModelData::Unload()
     vertexColours.Release();
     vertexInfluences.Release();
     m_private->slab.Free();
-    m_private->pendingRemovals.Release();
-    m_private->pendingSelected = 0;
-    m_private->pendingActive = 0;
     activeVertices.Release();
     selectedVertices.Release();
     vertexStates.Fill(0);
+    m_private->liveSelected = 0;
+    m_private->liveActive = 0;
 }
 
 /// Colours are black and records empty afterwards.
@@ -127,4 +126,5 @@ void ZWeightUIModelData::ReadSkin(ISkinLinks& links, int vertexCount, bool fresh
     // the records need not be read again.
     if (normalise)
         SkinRewriter_Rewrite(links, records, vertexCount);
+    m_private->skinHoldsMore = !normalise && reader.PassedOverAny();
 }

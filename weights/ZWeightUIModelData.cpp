@@ -131,8 +131,7 @@ size_t ZWeightUIModelData::GetByteCount() const
 {
     return sizeof(*this) + sizeof(Private) + m_private->slab.GetByteCount() + vertexInfluences.GetHeapBytes() +
            vertexColours.GetHeapBytes() + vertexStates.GetHeapBytes() + selectedVertices.GetHeapBytes() +
-           activeVertices.GetHeapBytes() + boneLinkPositions.GetHeapBytes() + m_private->linkOfBone.GetHeapBytes() +
-           m_private->pendingRemovals.GetHeapBytes();
+           activeVertices.GetHeapBytes() + boneLinkPositions.GetHeapBytes() + m_private->linkOfBone.GetHeapBytes();
 }
 
 // Colours.

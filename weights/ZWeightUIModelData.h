@@ -102,6 +102,8 @@ public:
     void EndSelectionBatch();
     /// Makes the lists true now, in the middle of a batch.
     void FlushSelectionBatch();
+    /// Room for so many more selected and active vertices.
+    void ReserveSelection(int more);
     void MarkInfluencingBones(int* marks, int boneCount) const;
 
     // Colours, by the model's strategy.

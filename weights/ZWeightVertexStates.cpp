@@ -2,18 +2,15 @@
 // The states of a model's vertices, and the two lists that follow them.
 #include "weights/ModelDataPrivate.h"
 
-#include <cmath>
+#include <algorithm>
+#include <cstdint>
+#include <vector>
 
 namespace {
 
 constexpr int kNotSelected = 0;
 constexpr int kSelected = 1;
 constexpr int kActive = 2;
-
-constexpr int kSelectedUnit = 1;
-constexpr int kSelectedMask = 15;
-constexpr int kActiveUnit = 16;
-constexpr int kActiveMask = 240;
 
 void Record(IVertexTransitionRecorder* undo, int vertex, int oldState, int newState)
 {
@@ -28,19 +25,27 @@ void RemoveFirst(ZArrayTemplate<int, 16>& list, int vertex)
         list.RemoveAt(place);
 }
 
-/// Takes as many first entries of each vertex out of the list as wait for it; the others keep their order.
-void DropPending(ZArrayTemplate<int, 16>& list, ZArrayTemplate<std::uint8_t>& pending, int mask, int unit)
+/// Drops the entries of vertices that are not at least in state `least`, in one pass; the others keep their order.
+void DropLeft(ZArrayTemplate<int, 16>& list, const ZArrayTemplate<int, 16>& states, int least)
 {
-    int kept = 0;
-    for (int i = 0; i < list.GetCount(); ++i) {
+    list.RemoveIf([&](int vertex) { return states[vertex] < least; });
+}
+
+/// The same for a list in which vertices that came back stand twice: only their last entry counts.
+void DropLeftAndEarlier(ZArrayTemplate<int, 16>& list, const ZArrayTemplate<int, 16>& states, int least)
+{
+    std::vector<std::uint8_t> seen(static_cast<size_t>(states.GetCount()), 0);
+    int kept = list.GetCount();
+    for (int i = list.GetCount() - 1; i >= 0; --i) {
         const int vertex = list[i];
-        std::uint8_t& waiting = pending[vertex];
-        if ((waiting & mask) != 0)
-            waiting = static_cast<std::uint8_t>(waiting - unit);
-        else
-            list[kept++] = vertex;
+        std::uint8_t& isSeen = seen[static_cast<size_t>(vertex)];
+        if (states[vertex] < least || isSeen != 0)
+            continue;
+        isSeen = 1;
+        list[--kept] = vertex;
     }
-    list.SetCount(kept);
+    std::copy(list.begin() + kept, list.end(), list.begin());
+    list.SetCount(list.GetCount() - kept);
 }
 
 } // namespace
@@ -56,6 +61,9 @@ void ZWeightUIModelData::SelectVertex(int vertex, IVertexTransitionRecorder* und
         return;
     Record(undo, vertex, kNotSelected, kSelected);
     vertexStates[vertex] = kSelected;
+    Private& state = *m_private;
+    state.selectedCameBack = state.selectedCameBack || state.liveSelected < selectedVertices.GetCount();
+    ++state.liveSelected;
     selectedVertices.Add(vertex);
     noSelectedVertices = 0;
 }
@@ -66,6 +74,9 @@ void ZWeightUIModelData::ActivateVertex(int vertex, IVertexTransitionRecorder* u
         return;
     Record(undo, vertex, kSelected, kActive);
     vertexStates[vertex] = kActive;
+    Private& state = *m_private;
+    state.activeCameBack = state.activeCameBack || state.liveActive < activeVertices.GetCount();
+    ++state.liveActive;
     activeVertices.Add(vertex);
     noActiveVertices = 0;
 }
@@ -108,62 +119,69 @@ void ZWeightUIModelData::SetVertexState(int vertex, int target)
     }
 }
 
-// Removals: one by one, or collected. A vertex that left a list in the middle of a batch and came back stands in the list
-// twice until the end, and the first of the two is the one that goes; so the end is the same as doing it one by one.
+// Removals: one by one, or collected. In a batch a vertex that leaves a list stays in it until the end; what counts is
+// its state. One that left and came back stands there twice, and its last entry is the one that one by one would have
+// left. A list never names a vertex twice outside a batch.
 
-void ZWeightUIModelData::BeginSelectionBatch() { ++m_private->batchDepth; }
+void ZWeightUIModelData::BeginSelectionBatch()
+{
+    Private& state = *m_private;
+    if (state.batchDepth++ > 0)
+        return;
+    state.liveSelected = selectedVertices.GetCount();
+    state.liveActive = activeVertices.GetCount();
+    state.selectedCameBack = false;
+    state.activeCameBack = false;
+}
 
 void ZWeightUIModelData::EndSelectionBatch()
 {
     if (m_private->batchDepth == 0 || --m_private->batchDepth > 0)
         return;
     FlushSelectionBatch();
-    m_private->pendingRemovals.Release();
 }
 
 void ZWeightUIModelData::FlushSelectionBatch()
 {
     Private& state = *m_private;
-    if (state.pendingSelected > 0)
-        DropPending(selectedVertices, state.pendingRemovals, kSelectedMask, kSelectedUnit);
-    if (state.pendingActive > 0)
-        DropPending(activeVertices, state.pendingRemovals, kActiveMask, kActiveUnit);
-    state.pendingSelected = 0;
-    state.pendingActive = 0;
+    if (state.liveSelected < selectedVertices.GetCount())
+        (state.selectedCameBack ? DropLeftAndEarlier : DropLeft)(selectedVertices, vertexStates, kSelected);
+    if (state.liveActive < activeVertices.GetCount())
+        (state.activeCameBack ? DropLeftAndEarlier : DropLeft)(activeVertices, vertexStates, kActive);
+    state.selectedCameBack = false;
+    state.activeCameBack = false;
 }
 
 void ZWeightUIModelData::RemoveFromSelected(int vertex)
 {
     Private& state = *m_private;
-    if (state.batchDepth == 0) {
+    if (state.batchDepth == 0)
         RemoveFirst(selectedVertices, vertex);
-    } else {
-        if (state.pendingRemovals.IsEmpty())
-            state.pendingRemovals.SetCount(vertexStates.GetCount());
-        if ((state.pendingRemovals[vertex] & kSelectedMask) == kSelectedMask)
-            FlushSelectionBatch();
-        state.pendingRemovals[vertex] = static_cast<std::uint8_t>(state.pendingRemovals[vertex] + kSelectedUnit);
-        ++state.pendingSelected;
-    }
-    if (selectedVertices.GetCount() == state.pendingSelected)
+    else
+        --state.liveSelected;
+    if ((state.batchDepth == 0 ? selectedVertices.GetCount() : state.liveSelected) == 0)
         noSelectedVertices = 1;
 }
 
 void ZWeightUIModelData::RemoveFromActive(int vertex)
 {
     Private& state = *m_private;
-    if (state.batchDepth == 0) {
+    if (state.batchDepth == 0)
         RemoveFirst(activeVertices, vertex);
-    } else {
-        if (state.pendingRemovals.IsEmpty())
-            state.pendingRemovals.SetCount(vertexStates.GetCount());
-        if ((state.pendingRemovals[vertex] & kActiveMask) == kActiveMask)
-            FlushSelectionBatch();
-        state.pendingRemovals[vertex] = static_cast<std::uint8_t>(state.pendingRemovals[vertex] + kActiveUnit);
-        ++state.pendingActive;
-    }
-    if (activeVertices.GetCount() == state.pendingActive)
+    else
+        --state.liveActive;
+    if ((state.batchDepth == 0 ? activeVertices.GetCount() : state.liveActive) == 0)
         noActiveVertices = 1;
+}
+
+void ZWeightUIModelData::ReserveSelection(int more)
+{
+    const int all = vertexStates.GetCount();
+    const auto reserve = [all, more](ZArrayTemplate<int, 16>& list) {
+        list.Reserve(more < all - list.GetCount() ? list.GetCount() + more : all);
+    };
+    reserve(selectedVertices);
+    reserve(activeVertices);
 }
 
 void ZWeightUIModelData::MarkInfluencingBones(int* marks, int boneCount) const

@@ -127,8 +127,8 @@ void ZWeightUIModelData::SetVertexBoneWeight(int bone, int vertex, double weight
     if (!linkIsThere)
         return;
     links->BeginLink(link);
-    const int entry = links->FindEntry(vertex);
     // An undo leaves entries of weight 0 that the record does not name; such an entry is taken up again.
+    const int entry = place >= 0 || m_private->skinHoldsMore ? links->FindEntry(vertex) : -1;
     if (place < 0 && entry < 0)
         links->AddEntry(vertex, weight);
     else
@@ -170,7 +170,7 @@ void ZWeightUIModelData::SetManyVertexSpreads(std::span<const int> vertices, std
     for (int link = 0; link < boneLinkPositions.GetCount(); ++link)
         reachable[static_cast<size_t>(link)] = LinkOfBone(boneLinkPositions[link]) == link ? 1 : 0;
 
-    SkinWeightBatch skin(SkinLinks());
+    SkinWeightBatch skin(SkinLinks(), vertices.size());
     LinkMarks seen;
     for (const int vertex : vertices) {
         VertexInfluences* const record = RecordOf(vertex);
@@ -191,7 +191,7 @@ void ZWeightUIModelData::SetManyVertexSpreads(std::span<const int> vertices, std
                 continue;
             const double weight = weightOfLink[static_cast<size_t>(link)];
             record->Add(link, static_cast<float>(weight));
-            skin.SetOrAdd(link, vertex, weight);
+            skin.Add(link, vertex, weight, m_private->skinHoldsMore);
         }
     }
 }
@@ -212,7 +212,7 @@ void ZWeightUIModelData::ApplyManyVertexInfluences(std::span<const int> vertices
         ApplyToUnloaded(vertices, recordOf);
         return;
     }
-    SkinWeightBatch skin(SkinLinks());
+    SkinWeightBatch skin(SkinLinks(), vertices.size());
     LinkMarks named;
     for (size_t index = 0; index < vertices.size(); ++index) {
         const int vertex = vertices[index];
@@ -226,9 +226,12 @@ void ZWeightUIModelData::ApplyManyVertexInfluences(std::span<const int> vertices
             skin.Set(view.links[k], vertex, static_cast<double>(view.weights[k]));
         }
         // What the new record does not name ends at 0; what it names need not be 0 in between.
-        for (const int link : record->links)
-            if (!named.IsMarked(link))
-                skin.Set(link, vertex, 0.0);
+        for (const int link : record->links) {
+            if (named.IsMarked(link))
+                continue;
+            skin.Set(link, vertex, 0.0);
+            m_private->skinHoldsMore = true;
+        }
         Copy(view, *record);
     }
 }
@@ -256,7 +259,7 @@ void ZWeightUIModelData::ApplyToUnloaded(std::span<const int> vertices,
         }
         links->EndLink();
     }
-    SkinWeightBatch skin(links);
+    SkinWeightBatch skin(links, vertices.size());
     for (size_t index = 0; index < vertices.size(); ++index) {
         if (!HasVertex(vertices[index]))
             continue;

@@ -8,7 +8,12 @@
 
 namespace {
 
-enum Order { kAscending, kDescending, kRandom };
+enum Order
+{
+    kAscending,
+    kDescending,
+    kRandom
+};
 
 ZArrayTemplate<int> Batch(int vertices, int order)
 {

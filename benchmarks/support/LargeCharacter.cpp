@@ -34,12 +34,13 @@ void LargeCharacter::Fill()
     std::vector<ZArrayTemplate<int>> vertices(m_bones.size());
     std::vector<ZArrayTemplate<double>> weights(m_bones.size());
     const auto boneCount = static_cast<std::uint32_t>(m_skin.bones);
-    // Influences stand this far apart among the bones; the spread of a vertex is its neighbours' spread, a little shifted.
+    // Influences stand this far apart among the bones; the spread of a vertex is its neighbours' spread, a little
+    // shifted.
     const std::uint32_t stride = m_skin.scattered ? 7 : 1;
     for (int vertex = 0; vertex < m_skin.vertices; ++vertex) {
         const std::uint32_t chance = Mixed(static_cast<std::uint32_t>(vertex));
-        const auto region = static_cast<std::uint32_t>(static_cast<std::int64_t>(vertex) * m_skin.bones /
-                                                       m_skin.vertices);
+        const auto region =
+            static_cast<std::uint32_t>(static_cast<std::int64_t>(vertex) * m_skin.bones / m_skin.vertices);
         const std::uint32_t first = m_skin.scattered ? chance : region + chance % 3;
         double rest = m_skin.sum;
         for (int k = 0; k < m_skin.influences; ++k) {

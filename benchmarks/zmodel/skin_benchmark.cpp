@@ -132,7 +132,8 @@ void WriteWholeLinks(benchmark::State& state)
         for (int link = 0; link < links.LinkCount(); ++link) {
             const auto number = static_cast<size_t>(link);
             links.BeginLink(link);
-            links.SetVertexWeights(vertices[number].data(), weights[number].data(), static_cast<int>(vertices[number].size()));
+            links.SetVertexWeights(vertices[number].data(), weights[number].data(),
+                                   static_cast<int>(vertices[number].size()));
             links.EndLink();
         }
     });

@@ -32,7 +32,8 @@ public:
         setItemDelegate(new SpreadDelegate(this));
         setSelectionMode(SingleSelection);
         setTabKeyNavigation(false);
-        setEditTriggers(DoubleClicked | EditKeyPressed | AnyKeyPressed | SelectedClicked);
+        // Not by a click on the current cell: while that waits whether it becomes a double click, typed keys are lost.
+        setEditTriggers(DoubleClicked | EditKeyPressed | AnyKeyPressed);
         setHorizontalScrollMode(ScrollPerPixel);
         setCornerButtonEnabled(false);
         verticalHeader()->setDefaultSectionSize(fontMetrics().height() + kRowPadding);

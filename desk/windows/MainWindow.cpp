@@ -71,6 +71,9 @@ void MainWindow::BuildCentre()
 
     m_hintBar = new QWidget(centre);
     m_hintBar->setObjectName(QStringLiteral("HintBar"));
+    m_hintBar->setAutoFillBackground(true);
+    m_hintBar->setBackgroundRole(QPalette::ToolTipBase);
+    m_hintBar->setForegroundRole(QPalette::ToolTipText);
     auto* const row = new QHBoxLayout(m_hintBar);
     row->setContentsMargins(8, 3, 8, 3);
     m_hint = new QLabel(m_hintBar);
@@ -107,10 +110,11 @@ void MainWindow::BuildDocks()
     QDockWidget* const scene = AddDock("SceneDock", tr("Scene"), m_tree, Qt::LeftDockWidgetArea);
     m_timeline = new TimelineBar(m_desk, this);
     m_timeline->setMaximumHeight(m_timeline->sizeHint().height());
-    AddDock("TimelineDock", tr("Timeline"), m_timeline, Qt::BottomDockWidgetArea);
+    QDockWidget* const timeline = AddDock("TimelineDock", tr("Timeline"), m_timeline, Qt::BottomDockWidgetArea);
+    timeline->setTitleBarWidget(new QWidget(timeline)); // one line high: a title would double it
     m_tool = new ToolDock(m_desk, this);
     addDockWidget(Qt::BottomDockWidgetArea, m_tool);
-    splitDockWidget(findChild<QDockWidget*>(QStringLiteral("TimelineDock")), m_tool, Qt::Vertical);
+    splitDockWidget(timeline, m_tool, Qt::Vertical);
     m_pose = new PosePanel(m_desk, this);
     QDockWidget* const pose = AddDock("PoseDock", tr("Pose"), m_pose, Qt::LeftDockWidgetArea);
     m_history = new HistoryPanel(m_desk, this);
@@ -137,7 +141,10 @@ void MainWindow::ShareHeight()
     const int wanted = std::min(m_tool->WantedHeight() + m_tool->style()->pixelMetric(QStyle::PM_TitleBarHeight), height() / 2);
     if (wanted > 0)
         resizeDocks({m_tool}, {wanted}, Qt::Vertical);
-    resizeDocks({findChild<QDockWidget*>(QStringLiteral("SceneDock"))}, {kSceneWidth}, Qt::Horizontal);
+    auto* const scene = findChild<QDockWidget*>(QStringLiteral("SceneDock"));
+    auto* const pose = findChild<QDockWidget*>(QStringLiteral("PoseDock"));
+    resizeDocks({scene}, {kSceneWidth}, Qt::Horizontal);
+    resizeDocks({scene, pose}, {height(), m_pose->sizeHint().height()}, Qt::Vertical);
 }
 
 void MainWindow::showEvent(QShowEvent* event)

@@ -68,7 +68,7 @@ struct RowRules
                                         const RowRules& rules, RowCounts& counts);
 
 // Entries as single precision, largest first. When they add up to one to within 1e-6, the written ones add up to
-// exactly one: the last takes what rounding left over.
+// one (to within 1e-13): the last takes what rounding left over.
 void RoundToFloats(std::span<const Influence> row, std::vector<float>& out);
 // The same as whole numbers of which `one` make a whole (255, 65535).
 void RoundToUnits(std::span<const Influence> row, std::uint32_t one, std::vector<std::uint32_t>& out);

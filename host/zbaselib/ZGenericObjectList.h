@@ -34,12 +34,14 @@ private:
     ZArrayTemplate<void*, 0> m_objects;
 };
 
-/// A typed front of the list. A move copies: both lists then refer to the same objects.
+/// A typed front of the list. A move copies: both lists then refer to the same objects. It may therefore run out of
+/// memory, and is not noexcept.
 template <class T> class ZObjectListTemplate : public ZGenericObjectList
 {
 public:
     ZObjectListTemplate() : ZGenericObjectList() {}
     ZObjectListTemplate(const ZObjectListTemplate& other) : ZGenericObjectList(other) {}
+    // NOLINTNEXTLINE(performance-noexcept-move-constructor)
     ZObjectListTemplate(ZObjectListTemplate&& other) : ZGenericObjectList(other) {}
     ~ZObjectListTemplate() {}
     ZObjectListTemplate& operator=(const ZObjectListTemplate& other)
@@ -47,6 +49,7 @@ public:
         ZGenericObjectList::operator=(other);
         return *this;
     }
+    // NOLINTNEXTLINE(performance-noexcept-move-constructor)
     ZObjectListTemplate& operator=(ZObjectListTemplate&& other)
     {
         ZGenericObjectList::operator=(other);

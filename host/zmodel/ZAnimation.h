@@ -7,8 +7,19 @@
 
 class ZModel;
 
-enum class ZAnimationPath { Translation, Rotation, Scaling, MorphWeights };
-enum class ZInterpolation { Step, Linear, CubicSpline };
+enum class ZAnimationPath
+{
+    Translation,
+    Rotation,
+    Scaling,
+    MorphWeights
+};
+enum class ZInterpolation
+{
+    Step,
+    Linear,
+    CubicSpline
+};
 
 /// One curve. `times` are seconds and never decrease. `values` hold, for each time, the components of one value
 /// (translation and scaling 3, rotation 4 as a quaternion x, y, z, w, morph weights one a target); a cubic spline has

@@ -18,8 +18,9 @@ struct ZMorphTarget
 
 /// What polygon meshes and NURBS surfaces share: undeformed positions (control points), morph targets, skin, and the
 /// evaluation of morph targets, then skin. Linear blend in the skin's mode: mode 0 divides by the sum of the weights
-/// (a vertex without weight stays), mode 1 adds each bone's offset, mode 2 leaves the missing part of 1 at the undeformed
-/// point. Evaluated again only when a bone, a weight or a morph weight changed since; all cores for large meshes.
+/// (a vertex without weight stays), mode 1 adds each bone's offset, mode 2 leaves the missing part of 1 at the
+/// undeformed point. Evaluated again only when a bone, a weight or a morph weight changed since; all cores for large
+/// meshes.
 class ZModelGeometryBase : public ZModel
 {
 public:
@@ -91,8 +92,8 @@ public:
     explicit ZModelNurbs(const char* name);
     ~ZModelNurbs() override;
 
-    /// The surface and the number of grid points in U and V (0 x 0 = no grid). False with a reason in `*why` when degree,
-    /// counts and knots do not fit together.
+    /// The surface and the number of grid points in U and V (0 x 0 = no grid). False with a reason in `*why` when
+    /// degree, counts and knots do not fit together.
     bool SetSurface(const ZNurbsSurface& surface, int gridWidth, int gridHeight, std::string* why = nullptr);
     const ZNurbsSurface& GetSurface() const;
     /// Changes the grid alone.

@@ -10,7 +10,13 @@
 class ZSkin;
 class ZScene;
 
-enum class ZModelKind { Polymesh, Nurbs, Bone, Node };
+enum class ZModelKind
+{
+    Polymesh,
+    Nurbs,
+    Bone,
+    Node
+};
 
 /// A model of the scene. Answers IModelGeometry always, ISkinLinks when it has a skin, ISurface when it is a NURBS
 /// surface or a bone that can be drawn.

@@ -26,8 +26,8 @@ public:
     /// Unit normal of the surface and 0 per vertex; null for models without a surface.
     virtual const float* DisplayPositions(int deformed) = 0;
     virtual int PolygonCount() = 0;
-    /// The vertex numbers of all polygons one after the other; the last one of each is stored as its bitwise complement,
-    /// so that it is negative and still names its vertex. `deformed` makes no difference.
+    /// The vertex numbers of all polygons one after the other; the last one of each is stored as its bitwise
+    /// complement, so that it is negative and still names its vertex. `deformed` makes no difference.
     virtual const int* PolygonIndices(int deformed) = 0;
     /// Points of the tessellated grid of a NURBS surface, U fastest; null without a grid.
     virtual const float* TessellatedPoints(int deformed) = 0;
@@ -56,9 +56,9 @@ public:
     virtual int LinkCount() = 0;
     /// The bone that the link follows; null when it has none or there is no such link.
     virtual ZModel* LinkModel(int link) = 0;
-    /// Appends a link and answers its index, or the index of the link that already follows the bone. Its bind is as if the
-    /// bone had been bound with the others: its present offset from its nearest linked ancestor applied to that ancestor's
-    /// bind; without one, its present global transform.
+    /// Appends a link and answers its index, or the index of the link that already follows the bone. Its bind is as if
+    /// the bone had been bound with the others: its present offset from its nearest linked ancestor applied to that
+    /// ancestor's bind; without one, its present global transform.
     virtual int AddLink(ZModel* bone) = 0;
 
     // Of the current link.

@@ -21,11 +21,12 @@ struct ZNurbsSurface
     std::string Validate() const;
 };
 
-/// Point at (u, v), three doubles, of a surface that Validate finds nothing wrong with; u and v are clamped to the domain. de Boor's recurrence on homogeneous points
-/// (C. de Boor, "On calculating with B-splines", J. Approx. Theory 6, 1972).
+/// Point at (u, v), three doubles, of a surface that Validate finds nothing wrong with; u and v are clamped to the
+/// domain. de Boor's recurrence on homogeneous points (C. de Boor, "On calculating with B-splines", J. Approx. Theory
+/// 6, 1972).
 void ZNurbs_Evaluate(const ZNurbsSurface& surface, double u, double v, double point[3]);
 
-/// Rational basis: how much each control point counts at (u, v). Writes the (degreeU+1)*(degreeV+1) numbers of the control
-/// points that matter, and their numbers; both arrays have that length. The numbers sum to one.
+/// Rational basis: how much each control point counts at (u, v). Writes the (degreeU+1)*(degreeV+1) numbers of the
+/// control points that matter, and their numbers; both arrays have that length. The numbers sum to one.
 void ZNurbs_Basis(const ZNurbsSurface& surface, double u, double v, std::vector<int>& points,
                   std::vector<double>& shares);

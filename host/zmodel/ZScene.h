@@ -29,10 +29,11 @@ public:
     /// The path of every model, in the order of GetModels: what GetPath answers, for all of them in one pass.
     std::vector<std::string> GetPaths() const;
 
-    /// Takes a model out of the scene and frees it. Waits for the end of an open transaction when the model is a bone or a
-    /// link follows it. Links to it leave every skin before anyone is notified, which drops the undo history when there
-    /// were any; then notification kind 8 is sent with the model as owner and source, which is no longer among GetModels
-    /// but still whole; its children go to its parent and keep their place, in the hierarchy and in the scene.
+    /// Takes a model out of the scene and frees it. Waits for the end of an open transaction when the model is a bone
+    /// or a link follows it. Links to it leave every skin before anyone is notified, which drops the undo history when
+    /// there were any; then notification kind 8 is sent with the model as owner and source, which is no longer among
+    /// GetModels but still whole; its children go to its parent and keep their place, in the hierarchy and in the
+    /// scene.
     void DeleteModel(ZModel* model);
     /// Deletes all models without notifying one by one; the session has told everybody that the scene is being cleared.
     void Clear();
@@ -46,7 +47,8 @@ public:
     /// -1 = none: the rest state of the file comes back.
     void SetAnimation(int index);
     int GetAnimation() const { return m_animation; }
-    /// Seconds; a number that is not finite is misuse. The animation loops when it is beyond the animation's end and looping is on, else holds the end.
+    /// Seconds; a number that is not finite is misuse. The animation loops when it is beyond the animation's end and
+    /// looping is on, else holds the end.
     void SetTime(double seconds);
     double GetTime() const { return m_time; }
     /// The time within the chosen animation that GetTime means: looped or held; GetTime itself without an animation.

@@ -58,8 +58,8 @@ public:
     void SetConstrainedGlobal(const std::optional<ZgeMatrix>& global);
     const std::optional<ZgeMatrix>& GetConstrainedGlobal() const { return m_constrained; }
 
-    /// Row-vector matrix: to the scene when `global`, else to the parent. Valid until a transform changes and it is asked
-    /// for again.
+    /// Row-vector matrix: to the scene when `global`, else to the parent. Valid until a transform changes and it is
+    /// asked for again.
     const ZgeMatrix& GetTransformMatrix(bool global) const;
     /// The global matrix as it would be without constraints.
     ZgeMatrix GetUnconstrainedGlobal() const;

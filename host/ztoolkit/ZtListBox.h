@@ -52,6 +52,8 @@ public:
     bool IsRowSelected(int row) const;
     /// Out of range is ignored. Without multiple selection the row takes the place of the one that was selected.
     void SetRowSelected(int row, bool selected);
+    /// Selects many rows besides those that are; whoever shows the list hears of it once.
+    void SelectRows(const int* rows, int count);
     void DeselectAll();
     int GetSelectedCount() const { return m_selectedCount; }
     /// Ascending.

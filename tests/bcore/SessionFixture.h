@@ -20,7 +20,8 @@ protected:
     void SetUp() override
     {
         unsetenv("SKINDESK_PLUGINS");
-        std::string pattern = (std::filesystem::temp_directory_path() / "skindesk-session-XXXXXX").string();
+        std::string pattern =
+            (std::filesystem::temp_directory_path() / ("skindesk-session-" + std::string(6, 'X'))).string();
         ASSERT_NE(mkdtemp(pattern.data()), nullptr);
         m_folder = pattern;
         ZReport_ClearWarnings();

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <utility>
@@ -56,6 +57,12 @@ gltf::ModelWeights WeightsOf(const gltf::CharacterFile& file, int node);
 void SetRow(gltf::ModelWeights& weights, std::size_t vertex,
             const std::vector<std::pair<std::uint32_t, double>>& influences);
 std::vector<std::pair<std::uint32_t, double>> RowOf(const gltf::Influences& influences, std::size_t vertex);
+
+// A weight that went through single precision.
+inline auto Near(double weight)
+{
+    return testing::DoubleNear(weight, gltf::WEIGHT_TOLERANCE);
+}
 
 // Text of a `.gltf` as bytes, for reading.
 std::vector<std::uint8_t> BytesOf(const std::string& text);

@@ -171,6 +171,18 @@ TEST_F(PanelControls, TogglesKeepTheirState)
 
 // Colours.
 
+TEST_F(PanelControls, SeventhBoneIsRedAgainAndTheSecondADarkerGreen)
+{
+    std::vector<ZModel*> bones;
+    for (int i = 0; i < 8; ++i)
+        bones.push_back(AddBone("B"));
+    DropModels(AddSkinned("Body", 2, bones, [](int, int) { return 0.125; }));
+    const float* const colours = Panel().boneColours.GetData();
+    EXPECT_EQ(std::vector<float>(colours + 18, colours + 21), (std::vector<float>{1.0F, 0.0F, 0.0F}));
+    EXPECT_EQ(std::vector<float>(colours + 3, colours + 6), (std::vector<float>{0.0F, 0.8F, 0.0F}));
+    EXPECT_EQ(std::vector<float>(colours + 15, colours + 18), (std::vector<float>{1.0F, 1.0F, 0.0F}));
+}
+
 TEST_F(PanelControls, EditingTheColourWithoutACurrentBoneChangesNothing)
 {
     DropModels(AddCharacter("Body"));

@@ -185,6 +185,17 @@ TEST_F(PanelLists, UndoOfAPickBringsRowsBoneListAndSpreadBack)
     EXPECT_EQ(Panel().selection.targetRows.GetCount(), 3);
 }
 
+TEST_F(PanelLists, WhoeverShowsTheVertexListHearsOfARefillAFewTimesWhateverItsLength)
+{
+    DropModels(AddCharacter("Body", 500));
+    PickAll();
+    ASSERT_EQ(Panel().selection.targetRows.GetCount(), 500);
+    const long before = Panel().listVertexList.GetChangeCount();
+    Panel().RefillVertexList();
+    EXPECT_LE(Panel().listVertexList.GetChangeCount() - before, 3);
+    EXPECT_EQ(Panel().listVertexList.GetSelectedCount(), 500);
+}
+
 TEST_F(PanelLists, RefillingAMillionRowsCostsFewCopiesOfItsTables)
 {
     constexpr int kVertices = 1000000;

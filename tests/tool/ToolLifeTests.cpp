@@ -138,6 +138,44 @@ TEST_F(ToolLife, RestPositionSpringsBackWithoutABone)
     EXPECT_FALSE(Panel().restPositionMode);
 }
 
+TEST_F(ToolLife, RestPositionPutsABentKneeBackAndLeavingBendsItAgain)
+{
+    OpenTool();
+    DropModels(AddCharacter("Body"));
+    ZModel* const knee = tool->BoneList()[1];
+    const ZgeMatrix bound = knee->GetTransformMatrix(true);
+    knee->SetPosedTransform(ZgeRotationFromEuler({0, 0, 40}) * ZgeTranslation({0.5, 1, 0}));
+    const ZgeMatrix bent = knee->GetTransformMatrix(true);
+    HoldRestPosition();
+    session->AfterEvent();
+    for (int i = 0; i < 16; ++i)
+        EXPECT_NEAR(knee->GetTransformMatrix(true).Data()[i], bound.Data()[i], 1e-9) << i;
+    Panel().toRestPositionButton.UserClick();
+    session->AfterEvent();
+    for (int i = 0; i < 16; ++i)
+        EXPECT_NEAR(knee->GetTransformMatrix(true).Data()[i], bent.Data()[i], 1e-9) << i;
+}
+
+TEST_F(ToolLife, ModelThatLeavesInRestPositionLetsItsBonesGoAndKeepsTheOthers)
+{
+    OpenTool();
+    ZModel* const one = AddCharacter("One");
+    ZModel* const two = AddCharacter("Two");
+    DropModels(one, two);
+    tool->ModelListBox().UserSetCheck(1, true);
+    HoldRestPosition();
+    Scene().DeleteModel(one);
+    session->AfterEvent();
+    EXPECT_TRUE(Panel().restPositionMode);
+    ASSERT_EQ(tool->Constraint()->GetEntries().size(), 1U);
+    EXPECT_EQ(tool->Constraint()->GetEntries()[0]->owner, two);
+    Scene().DeleteModel(two);
+    session->AfterEvent();
+    EXPECT_FALSE(Panel().restPositionMode);
+    EXPECT_FALSE(Panel().toRestPositionButton.GetState());
+    EXPECT_FALSE(tool->Constraint()->ConstraintGetEnabled());
+}
+
 TEST_F(ToolLife, RestPositionIsLeftByTheSecondClick)
 {
     OpenTool();

@@ -3,6 +3,7 @@
 
 #include "ToolStage.h"
 
+#include <algorithm>
 #include <cmath>
 #include <set>
 #include <sstream>
@@ -127,7 +128,7 @@ void CheckStates(const ZWeightUIModelData& data, int model, Complaint& complain)
     complain.Unless(Sorted(data.activeVertices) == active, "active vertices of model ", model);
 }
 
-/// The records say what the skin says, but for entries of weight zero that undo leaves behind; and weights sum to one.
+/// The records say what the skin says, but for zeros that undo and redo leave in one of them; and weights sum to one.
 void CheckWeights(ZWeightUIModelData& data, int model, const Leniency& leniency, Complaint& complain)
 {
     ISkinLinks* const links = data.SkinLinks();
@@ -149,13 +150,14 @@ void CheckWeights(ZWeightUIModelData& data, int model, const Leniency& leniency,
             complain.Unless(recorded == static_cast<float>(weight), "model ", model, " link ", link, " vertex ", vertex,
                             ": record ", recorded, ", skin ", weight);
             sums[static_cast<size_t>(vertex)] += weight;
-            found += place >= 0 ? 1 : 0;
+            found += recorded != 0.0F ? 1 : 0;
         }
         links->EndLink();
     }
     size_t influences = 0;
     for (const VertexInfluences* const record : data.vertexInfluences)
-        influences += static_cast<size_t>(record->GetCount());
+        influences += static_cast<size_t>(
+            std::count_if(record->weights.begin(), record->weights.end(), [](float weight) { return weight != 0.0F; }));
     complain.Unless(influences == found, "model ", model, ": ", influences, " influences, ", found,
                     " of them in the skin");
     for (int vertex = 0; vertex < vertices && !leniency.weightsLost; ++vertex)

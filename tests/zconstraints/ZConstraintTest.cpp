@@ -223,6 +223,7 @@ TEST_F(Constraint, DestroyObjectGivesBackAndForgetsTheConstraint)
     constraint.DestroyObject();
     EXPECT_EQ(PlaceOf(m_tip).x, 1);
     EXPECT_FALSE(ZEvaluateManager::TheOne()->HasWork());
+    EXPECT_FALSE(constraint.ConstraintSetEnabled(false));
     EXPECT_THROW(constraint.ConstraintSetEnabled(true), ZHostMisuse);
 }
 

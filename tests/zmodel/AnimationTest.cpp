@@ -8,8 +8,8 @@
 
 namespace {
 
-ZAnimationChannel Curve(ZInterpolation interpolation, std::vector<float> times, std::vector<float> values, int components,
-                        ZAnimationPath path = ZAnimationPath::Translation)
+ZAnimationChannel Curve(ZInterpolation interpolation, std::vector<float> times, std::vector<float> values,
+                        int components, ZAnimationPath path = ZAnimationPath::Translation)
 {
     return {nullptr, path, interpolation, std::move(times), std::move(values), components};
 }
@@ -87,11 +87,12 @@ TEST(AnimationCurve, CubicSplineIsHermitesWithTangentsScaledByTime)
 
 TEST(AnimationCurve, CubicRotationsAreNormalised)
 {
-    const ZAnimationChannel curve =
-        Curve(ZInterpolation::CubicSpline, {0, 1},
-              {0, 0, 0, 0, 0, 0, 0, 1, 2, 0, 0, 0, 0, 2, 0, 0, 0, 0.6F, 0, 0.8F, 0, 0, 0, 0}, 4, ZAnimationPath::Rotation);
+    const ZAnimationChannel curve = Curve(
+        ZInterpolation::CubicSpline, {0, 1},
+        {0, 0, 0, 0, 0, 0, 0, 1, 2, 0, 0, 0, 0, 2, 0, 0, 0, 0.6F, 0, 0.8F, 0, 0, 0, 0}, 4, ZAnimationPath::Rotation);
     const std::vector<float> value = At(curve, 0.4);
-    EXPECT_NEAR(std::sqrt(value[0] * value[0] + value[1] * value[1] + value[2] * value[2] + value[3] * value[3]), 1, 1e-6);
+    EXPECT_NEAR(std::sqrt(value[0] * value[0] + value[1] * value[1] + value[2] * value[2] + value[3] * value[3]), 1,
+                1e-6);
 }
 
 TEST(AnimationCurve, OneKeyHoldsAlways)
@@ -166,7 +167,8 @@ protected:
     {
         auto animation = std::make_unique<ZAnimation>();
         animation->name = name;
-        animation->channels.push_back({target, ZAnimationPath::Translation, ZInterpolation::Linear, {0, 2}, {0, 0, 0, end, 0, 0}, 3});
+        animation->channels.push_back(
+            {target, ZAnimationPath::Translation, ZInterpolation::Linear, {0, 2}, {0, 0, 0, end, 0, 0}, 3});
         scene.AddAnimation(std::move(animation));
     }
     double X(const ZModel* model) const { return model->GetTransformMatrix(true)(3, 0); }
@@ -240,7 +242,8 @@ TEST_F(SceneTime, MorphWeightsMoveAndComeBack)
     mesh->SetMorphTargets({target, target});
     mesh->SetMorphWeights({0.25F, 0});
     auto animation = std::make_unique<ZAnimation>();
-    animation->channels.push_back({mesh, ZAnimationPath::MorphWeights, ZInterpolation::Linear, {0, 1}, {0, 0, 1, 0.5F}, 2});
+    animation->channels.push_back(
+        {mesh, ZAnimationPath::MorphWeights, ZInterpolation::Linear, {0, 1}, {0, 0, 1, 0.5F}, 2});
     animation->channels.push_back({bone, ZAnimationPath::MorphWeights, ZInterpolation::Linear, {0, 1}, {0, 1}, 1});
     scene.SetAnimation(scene.AddAnimation(std::move(animation)));
     scene.SetTime(0.5);
@@ -254,7 +257,8 @@ TEST_F(SceneTime, MorphWeightsMoveAndComeBack)
 TEST_F(SceneTime, ABrokenCurveLeavesTheFilesValue)
 {
     auto animation = std::make_unique<ZAnimation>();
-    animation->channels.push_back({bone, ZAnimationPath::Translation, ZInterpolation::Linear, {0, 1}, {NAN, 0, 0, NAN, 0, 0}, 3});
+    animation->channels.push_back(
+        {bone, ZAnimationPath::Translation, ZInterpolation::Linear, {0, 1}, {NAN, 0, 0, NAN, 0, 0}, 3});
     animation->channels.push_back({bone, ZAnimationPath::Rotation, ZInterpolation::Linear, {}, {}, 4});
     animation->channels.push_back({bone, ZAnimationPath::Scaling, ZInterpolation::Linear, {0}, {1, 1}, 2});
     scene.SetAnimation(scene.AddAnimation(std::move(animation)));

@@ -9,6 +9,9 @@
 #include <random>
 #include <thread>
 
+#include <sys/wait.h>
+#include <unistd.h>
+
 namespace {
 
 // Of the model's size.
@@ -273,8 +276,9 @@ struct Character
         }
         FillWeights(skin, random, vertexCount, shuffled);
         for (const auto& bone : bones)
-            bone->SetPosedTransform(ZgeRotationFromEuler({40 * number(random), 40 * number(random), 40 * number(random)}) *
-                                    bone->GetFileTransform());
+            bone->SetPosedTransform(
+                ZgeRotationFromEuler({40 * number(random), 40 * number(random), 40 * number(random)}) *
+                bone->GetFileTransform());
     }
     static void FillWeights(ZSkin& skin, std::mt19937& random, int vertexCount, bool shuffled)
     {
@@ -334,6 +338,21 @@ TEST(LargeDeformation, MorphedOnAllCoresEqualsThePlainVersion)
     character.mesh->SetMorphTargets(targets);
     character.mesh->SetMorphWeights({0.5F, -0.25F});
     EXPECT_LE(character.WorstError(targets), kAccuracy);
+}
+
+TEST(LargeDeformation, AForkedProcessDeformsAlone)
+{
+    std::mt19937 random(10);
+    const Character character(random, 40000, 4, kDeformNormalise, false);
+    character.mesh->Geometry().VertexPositions(1);
+    const pid_t child = fork();
+    if (child == 0) {
+        character.bones.back()->SetPosedTransform(At(character.size));
+        _exit(character.WorstError() <= kAccuracy ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
 }
 
 TEST(LargeDeformation, TwoThreadsMayDeformTwoModels)

@@ -66,8 +66,8 @@ struct UnitCircle
 };
 
 /// A profile (r, z) turned about Z; U runs around.
-inline ZNurbsSurface Revolve(const std::vector<double>& r, const std::vector<double>& z, const std::vector<double>& weights,
-                             int degree, std::vector<double> knots)
+inline ZNurbsSurface Revolve(const std::vector<double>& r, const std::vector<double>& z,
+                             const std::vector<double>& weights, int degree, std::vector<double> knots)
 {
     const UnitCircle circle;
     ZNurbsSurface surface;

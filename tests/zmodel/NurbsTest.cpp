@@ -56,8 +56,8 @@ Point EvaluateAsWritten(const ZNurbsSurface& surface, double u, double v)
     Point sum{};
     double weights = 0;
     for (int j = 0; j < surface.countV; ++j) {
-        const double inV = BasisAsWritten(surface.knotsV, j, surface.degreeV, v,
-                                          surface.knotsV[static_cast<size_t>(surface.countV)]);
+        const double inV =
+            BasisAsWritten(surface.knotsV, j, surface.degreeV, v, surface.knotsV[static_cast<size_t>(surface.countV)]);
         for (int i = 0; i < surface.countU && inV != 0; ++i) {
             const size_t number = static_cast<size_t>(j * surface.countU + i);
             const double share = inV * (surface.weights.empty() ? 1 : surface.weights[number]) *
@@ -92,7 +92,8 @@ TEST(NurbsValidate, SaysWhichNumbersDisagree)
         spoil(surface);
         return surface.Validate();
     };
-    EXPECT_THAT(wrong([](auto& s) { s.degreeU = 6; }), testing::AllOf(testing::HasSubstr("U"), testing::HasSubstr("6")));
+    EXPECT_THAT(wrong([](auto& s) { s.degreeU = 6; }),
+                testing::AllOf(testing::HasSubstr("U"), testing::HasSubstr("6")));
     EXPECT_THAT(wrong([](auto& s) { s.degreeV = 0; }), testing::HasSubstr("V is 0"));
     EXPECT_THAT(wrong([](auto& s) { s.countU = 3; }), testing::HasSubstr("There are 3 control points in U"));
     EXPECT_THAT(wrong([](auto& s) { s.countV = -1; }), testing::HasSubstr("-1"));
@@ -104,7 +105,10 @@ TEST(NurbsValidate, SaysWhichNumbersDisagree)
     EXPECT_THAT(wrong([](auto& s) { s.points.pop_back(); }),
                 testing::AllOf(testing::HasSubstr("71"), testing::HasSubstr("72")));
     EXPECT_THAT(wrong([](auto& s) { s.points[7] = INFINITY; }), testing::HasSubstr("control point 2"));
-    EXPECT_THAT(wrong([](auto& s) { s.weights = {1, 2}; }), testing::AllOf(testing::HasSubstr("2 weights"), testing::HasSubstr("24")));
+    EXPECT_THAT(wrong([](auto& s) {
+                    s.weights = {1, 2};
+                }),
+                testing::AllOf(testing::HasSubstr("2 weights"), testing::HasSubstr("24")));
     EXPECT_THAT(wrong([](auto& s) {
                     s.weights.assign(24, 1.0);
                     s.weights[3] = 0;

@@ -146,7 +146,8 @@ TEST_F(Scene, ADeletedPosedParentLeavesItsChildInPlaceUntilThePoseIsCleared)
 TEST_F(Scene, ADeletedAnimatedParentLeavesItsChildInPlaceAndAtRestWhereTheFileHadIt)
 {
     auto animation = std::make_unique<ZAnimation>();
-    animation->channels.push_back({knee, ZAnimationPath::Translation, ZInterpolation::Linear, {0, 1}, {2, 0, 0, 12, 0, 0}, 3});
+    animation->channels.push_back(
+        {knee, ZAnimationPath::Translation, ZInterpolation::Linear, {0, 1}, {2, 0, 0, 12, 0, 0}, 3});
     scene.AddAnimation(std::move(animation));
     scene.SetAnimation(0);
     scene.SetTime(1);

@@ -109,7 +109,8 @@ RC_GTEST_PROP(SkinProperty, LinksComeAndGoWithTheirEntries, ())
             continue;
         }
         ZModel* const bone = bones[*rc::gen::inRange<size_t>(0, bones.size())].get();
-        const auto known = std::find_if(plain.begin(), plain.end(), [bone](const auto& link) { return link.first == bone; });
+        const auto known =
+            std::find_if(plain.begin(), plain.end(), [bone](const auto& link) { return link.first == bone; });
         const auto expected = static_cast<int>(known - plain.begin());
         RC_ASSERT(skin.AddLink(bone) == expected);
         if (known == plain.end())

@@ -132,8 +132,8 @@ TEST_F(TransformNode, PartsOfTheFileAreKeptExactly)
     trs.scaling = {2, 0, -1};
     arm.SetFileTRS(trs);
     EXPECT_EQ(arm.GetFileTRS(), trs);
-    ExpectNear(arm.GetFileTransform(), ZgeScaling({2, 0, -1}) * ZgeRotationFromQuaternion(0.5, 0.5, -0.5, 0.5) * At(1, 2, 3),
-               kTiny);
+    ExpectNear(arm.GetFileTransform(),
+               ZgeScaling({2, 0, -1}) * ZgeRotationFromQuaternion(0.5, 0.5, -0.5, 0.5) * At(1, 2, 3), kTiny);
     arm.SetFileTransform(At(7));
     EXPECT_EQ(arm.GetFileTRS().translation, (ZgeVector3{7, 0, 0}));
 }
@@ -230,7 +230,7 @@ RC_GTEST_PROP(TransformNodeProperty, LazyGlobalsEqualProductsComputedAfresh, ())
     for (const auto& node : nodes) {
         ZgeMatrix expected;
         for (const ZTransformNode* up = node.get(); up != nullptr; up = up->GetParent()) {
-            const ZgeMatrix local = up->GetPosedTransform()     ? *up->GetPosedTransform()
+            const ZgeMatrix local = up->GetPosedTransform()      ? *up->GetPosedTransform()
                                     : up->GetAnimatedTransform() ? *up->GetAnimatedTransform()
                                                                  : up->GetFileTransform();
             expected = expected * local;

@@ -48,7 +48,7 @@ std::string ElfFile::Read()
     if (!ReadAt(0, m_header))
         return kCutShort;
     for (const auto step : {&ElfFile::CheckHeader, &ElfFile::CheckSections})
-        if (const std::string wrong = (this->*step)(); !wrong.empty())
+        if (std::string wrong = (this->*step)(); !wrong.empty())
             return wrong;
     return ReadSegments();
 }

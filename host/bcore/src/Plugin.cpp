@@ -44,7 +44,7 @@ std::string ZSession::Plugin::Load()
         const char* const reason = dlerror();
         return FileName(file) + " cannot be loaded: " + (reason != nullptr ? reason : "no reason given") + ".";
     }
-    const std::string wrong = Start();
+    std::string wrong = Start();
     RememberEntries(before);
     if (!wrong.empty())
         Close();

@@ -10,8 +10,8 @@ constexpr int kKeyF = 'F';
 
 struct Binding
 {
-    int id;
     const char* name;
+    int id;
     int button;
     int modifiers;
     bool onRelease;
@@ -19,16 +19,16 @@ struct Binding
 
 // A click may begin when the button is released, a drag only when it is pressed.
 constexpr Binding kBindings[] = {
-    {100001, "Pick model or bone", kButtonMiddle, 0, true},
-    {100036, "Pick another model or bone", kButtonMiddle, kModifierShift, true},
-    {100018, "Select", kButtonLeft, 0, true},
-    {100019, "Select by rectangle", kButtonLeft, 0, false},
-    {100026, "Toggle selection", kButtonLeft, kModifierShift, true},
-    {100027, "Toggle selection by rectangle", kButtonLeft, kModifierShift, false},
-    {100020, "Remove from selection", kButtonLeft, kModifierControl, true},
-    {100021, "Remove from selection by rectangle", kButtonLeft, kModifierControl, false},
-    {100022, "Add to selection", kButtonLeft, kModifierControl | kModifierShift, true},
-    {100023, "Add to selection by rectangle", kButtonLeft, kModifierControl | kModifierShift, false},
+    {"Pick model or bone", 100001, kButtonMiddle, 0, true},
+    {"Pick another model or bone", 100036, kButtonMiddle, kModifierShift, true},
+    {"Select", 100018, kButtonLeft, 0, true},
+    {"Select by rectangle", 100019, kButtonLeft, 0, false},
+    {"Toggle selection", 100026, kButtonLeft, kModifierShift, true},
+    {"Toggle selection by rectangle", 100027, kButtonLeft, kModifierShift, false},
+    {"Remove from selection", 100020, kButtonLeft, kModifierControl, true},
+    {"Remove from selection by rectangle", 100021, kButtonLeft, kModifierControl, false},
+    {"Add to selection", 100022, kButtonLeft, kModifierControl | kModifierShift, true},
+    {"Add to selection by rectangle", 100023, kButtonLeft, kModifierControl | kModifierShift, false},
 };
 
 std::set<int>& HeldKeys()

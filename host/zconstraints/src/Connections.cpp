@@ -12,7 +12,7 @@ class HostConnector : public IConnector
 {
 public:
     HostConnector(ConnectedObject& object, ZDataType type) : m_object(object), m_type(type) {}
-    virtual ~HostConnector() = default;
+    ~HostConnector() override = default;
 
     kBufferTypeLocalGlobal GetBufferType() const override { return kBufferTypeGlobal; }
     ZDataType GetDataType() const override { return m_type; }
@@ -137,7 +137,7 @@ ConnectedObject& ZConstraint::Connections::Connect(ZModel* object)
 {
     std::unique_ptr<ConnectedObject>& connected = objects[object];
     if (connected && connected->GetModel() == nullptr)
-        gone.push_back(std::move(connected));
+        gone.push_back(std::exchange(connected, nullptr));
     if (!connected)
         connected = std::make_unique<ConnectedObject>(object);
     return *connected;

@@ -64,7 +64,9 @@ void ZConstraint::Destruct()
 bool ZConstraint::ConstraintSetEnabled(bool enabled)
 {
     if (IsDestroyed()) {
-        ZReport_Misuse("ZConstraint::ConstraintSetEnabled", "the constraint \"" + GetObjectName() + "\" is destroyed");
+        if (enabled)
+            ZReport_Misuse("ZConstraint::ConstraintSetEnabled",
+                           "the constraint \"" + GetObjectName() + "\" is destroyed");
         return false;
     }
     const EvaluationPause pause;

@@ -242,8 +242,6 @@ void ZOffscreen_Release()
     eglDestroyContext(offscreen.display, offscreen.context);
     if (offscreen.surface != EGL_NO_SURFACE)
         eglDestroySurface(offscreen.display, offscreen.surface);
-    // A toolkit may live on the default display too; the one without surfaces is ours alone.
-    if (offscreen.surface == EGL_NO_SURFACE)
-        eglTerminate(offscreen.display);
+    // The display stays: a toolkit may live on it too, and ending it unloads the driver, which takes long to come back.
     offscreen = Offscreen();
 }

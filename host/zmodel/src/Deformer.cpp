@@ -68,7 +68,8 @@ void SkinPose::PlaceLink(LinkState& state, const ZgeMatrix& inverseBind, const Z
 
 bool SkinPose::Update(ZSkin& skin, const ZgeVector3& middle, const ZTransformNode& model)
 {
-    const bool sameLinks = m_linkVersion == skin.GetLinkVersion() && m_links.size() == static_cast<size_t>(skin.LinkCount());
+    const bool sameLinks =
+        m_linkVersion == skin.GetLinkVersion() && m_links.size() == static_cast<size_t>(skin.LinkCount());
     const bool sameEntries = m_entryVersion == skin.GetVersion();
     const bool all = !sameLinks || m_modelVersion != model.GetTransformVersion() || !(m_middle == middle);
     bool changed = all || !sameEntries;
@@ -140,7 +141,8 @@ void SkinPose::AddNormalisedOffset(const std::vector<EntryRange>& entries, int v
     double sum[4] = {};
     for (const EntryRange& range : entries) {
         const int* const end = range.vertices + range.count;
-        for (const int* found = std::lower_bound(range.vertices, end, vertex); found != end && *found == vertex; ++found) {
+        for (const int* found = std::lower_bound(range.vertices, end, vertex); found != end && *found == vertex;
+             ++found) {
             const double weight = range.weights[found - range.vertices];
             if (!IsUsable(weight))
                 continue;
@@ -158,12 +160,12 @@ void SkinPose::AddNormalisedOffset(const std::vector<EntryRange>& entries, int v
 void SkinPose::Deform(ZSkin& skin, const float* points, float* deformed, int count) const
 {
     const std::vector<EntryRange> entries = CollectEntries(skin);
-    const bool normalise = skin.DeformMode() != kDeformAdditive &&
-                           skin.DeformMode() != kDeformTotal100;
+    const bool normalise = skin.DeformMode() != kDeformAdditive && skin.DeformMode() != kDeformTotal100;
     ParallelFor(count, kParallelGrain, [&](int begin, int end) {
         std::vector<EntryRange> own = entries;
         for (EntryRange& range : own)
-            range.next = static_cast<int>(std::lower_bound(range.vertices, range.vertices + range.count, begin) - range.vertices);
+            range.next = static_cast<int>(std::lower_bound(range.vertices, range.vertices + range.count, begin) -
+                                          range.vertices);
         DeformRange(own, normalise, points, deformed, begin, end);
     });
 }
@@ -173,7 +175,8 @@ void SkinPose::DeformRange(std::vector<EntryRange>& entries, bool normalise, con
 {
     // Order of additions: a vertex's links in link order, whatever the blocks and threads.
     alignas(16) float sums[4 * kBlock];
-    const Float4 middle{static_cast<float>(m_middle.x), static_cast<float>(m_middle.y), static_cast<float>(m_middle.z), 0};
+    const Float4 middle{static_cast<float>(m_middle.x), static_cast<float>(m_middle.y), static_cast<float>(m_middle.z),
+                        0};
     for (int first = begin; first < end; first += kBlock) {
         const int last = std::min(end - first, kBlock) + first;
         std::memset(sums, 0, sizeof(float) * 4 * static_cast<size_t>(last - first));
@@ -224,7 +227,8 @@ void MorphPositions(const float* points, const std::vector<ZMorphTarget>& target
         for (int first = begin; first < end; first += kBlock) {
             const int last = std::min(end - first, kBlock) + first;
             float* const block = morphed + 4 * static_cast<size_t>(first);
-            std::memcpy(block, points + 4 * static_cast<size_t>(first), sizeof(float) * 4 * static_cast<size_t>(last - first));
+            std::memcpy(block, points + 4 * static_cast<size_t>(first),
+                        sizeof(float) * 4 * static_cast<size_t>(last - first));
             for (size_t target = 0; target < targets.size(); ++target) {
                 const float weight = weights[target];
                 if (weight == 0)

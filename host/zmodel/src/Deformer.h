@@ -9,9 +9,10 @@
 /// The places where a skin's links stand now: for each link the displacement that it gives a point of the model, in the
 /// model's own space.
 ///
-/// A link with inverse bind matrix B on a bone with global matrix G carries a point p of a model with global matrix M to
-/// p * B * G * inverse(M) (row vectors). Kept is D = B * G * inverse(M) - 1, taken about the model's middle: at rest it is
-/// zero and the point stays exactly where it is, and far from the origin no digits are lost. The three modes are then
+/// A link with inverse bind matrix B on a bone with global matrix G carries a point p of a model with global matrix M
+/// to p * B * G * inverse(M) (row vectors). Kept is D = B * G * inverse(M) - 1, taken about the model's middle: at rest
+/// it is zero and the point stays exactly where it is, and far from the origin no digits are lost. The three modes are
+/// then
 ///   normalise  p + sum(w p D) / sum(w)     additive  p + sum(w p D)     total 100  p (1 - sum(w)) + sum(w p (1 + D)),
 /// of which the last is the second written another way: the missing part of one stays at the undeformed point.
 class SkinPose
@@ -44,7 +45,8 @@ private:
     void PlaceLink(LinkState& state, const ZgeMatrix& inverseBind, const ZgeMatrix& toModel) const;
     void SortDisorderedLinks(ZSkin& skin);
     std::vector<EntryRange> CollectEntries(ZSkin& skin) const;
-    static void AddNormalisedOffset(const std::vector<EntryRange>& entries, int vertex, const float* point, float* place);
+    static void AddNormalisedOffset(const std::vector<EntryRange>& entries, int vertex, const float* point,
+                                    float* place);
     void DeformRange(std::vector<EntryRange>& entries, bool normalise, const float* points, float* deformed, int begin,
                      int end) const;
 

@@ -7,8 +7,8 @@
 #include <cstddef>
 #include <vector>
 
-/// Finds the entry of a vertex in constant time. Three forms, by what the link's entries look like, so that three hundred
-/// bones on a million vertices cost no more than a few bytes an entry:
+/// Finds the entry of a vertex in constant time. Three forms, by what the link's entries look like, so that three
+/// hundred bones on a million vertices cost no more than a few bytes an entry:
 ///   run    vertices follow each other without a gap: entry = vertex - first, no memory;
 ///   table  at least half of the vertices between the lowest and the highest have an entry: one int a vertex of that
 ///          range (at most 8 bytes an entry);
@@ -38,7 +38,13 @@ public:
     size_t GetHeapBytes() const { return m_slots.capacity() * sizeof(int); }
 
 private:
-    enum class Form : unsigned char { None, Run, Table, Hash };
+    enum class Form : unsigned char
+    {
+        None,
+        Run,
+        Table,
+        Hash
+    };
 
     bool InRange(int vertex) const { return vertex >= m_first && vertex - m_first < m_range; }
     int FindHashed(const ZArrayTemplate<int>& vertices, int vertex) const;

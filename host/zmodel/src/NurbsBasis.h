@@ -36,6 +36,6 @@ struct NurbsBasis
     double derivatives[kNurbsHighestDegree + 1] = {};
 };
 
-/// Cox's and de Boor's recurrence in its triangular form, in which no quotient has a vanishing denominator (M. Cox, 1972;
-/// C. de Boor, 1972; as algorithm A2.2 of L. Piegl and W. Tiller, "The NURBS Book").
+/// Cox's and de Boor's recurrence in its triangular form, in which no quotient has a vanishing denominator (M. Cox,
+/// 1972; C. de Boor, 1972; as algorithm A2.2 of L. Piegl and W. Tiller, "The NURBS Book").
 NurbsBasis EvaluateBasis(const NurbsDirection& direction, double t);

@@ -6,8 +6,8 @@
 
 #include <vector>
 
-/// Keeps the basis functions of each column and row of the grid, so that new control points cost only the sums. Grids run
-/// U fastest. Control points, grid points and normals are four floats each; the rational weights are the surface's.
+/// Keeps the basis functions of each column and row of the grid, so that new control points cost only the sums. Grids
+/// run U fastest. Control points, grid points and normals are four floats each; the rational weights are the surface's.
 class NurbsGrid
 {
 public:
@@ -18,8 +18,8 @@ public:
 
     /// x, y, z, 1 of each grid point.
     void ComputePoints(const float* controlPoints, float* points);
-    /// Unit normal and 0 at each grid point: direction of dS/du x dS/dv. Where that vanishes, as at a pole, the normal a
-    /// little way inside holds.
+    /// Unit normal and 0 at each grid point: direction of dS/du x dS/dv. Where that vanishes, as at a pole, the normal
+    /// a little way inside holds.
     void ComputeNormals(const float* controlPoints, float* normals);
 
 private:

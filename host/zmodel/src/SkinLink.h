@@ -26,8 +26,8 @@ struct ZSkin::Link
         if (index.IsBuilt())
             index.Appended(vertices);
     }
-    /// Whoever asks for vertices in rising order mostly asks for one of the next few entries: those are in the same cache
-    /// line, and as long as that goes well no index is needed at all.
+    /// Whoever asks for vertices in rising order mostly asks for one of the next few entries: those are in the same
+    /// cache line, and as long as that goes well no index is needed at all.
     int Find(int vertex)
     {
         if (ascending) {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Area vectors polygon by polygon, then gathered vertex by vertex: both passes can be cut anywhere without changing a sum.
+// Area vectors polygon by polygon, then gathered vertex by vertex: both passes can be cut anywhere without changing a
+// sum.
 #include "SurfaceNormals.h"
 
 #include "WorkerPool.h"
@@ -88,7 +89,8 @@ void SurfaceNormals::Gather(float* normals) const
             double x = 0, y = 0, z = 0;
             const int last = m_firstPolygon[static_cast<size_t>(vertex) + 1];
             for (int i = m_firstPolygon[static_cast<size_t>(vertex)]; i < last; ++i) {
-                const float* const area = m_areaVectors.data() + 4 * static_cast<size_t>(m_polygons[static_cast<size_t>(i)]);
+                const float* const area =
+                    m_areaVectors.data() + 4 * static_cast<size_t>(m_polygons[static_cast<size_t>(i)]);
                 x += static_cast<double>(area[0]);
                 y += static_cast<double>(area[1]);
                 z += static_cast<double>(area[2]);

@@ -4,9 +4,9 @@
 
 #include <vector>
 
-/// Knows which polygons meet at each vertex; computes normals for any positions of the vertices. A vertex's normal is the
-/// sum of its polygons' area vectors, at length one, added in order of the polygons. A vertex whose polygons have no area,
-/// or that has none, answers (0, 0, 1): a normal always is a unit vector.
+/// Knows which polygons meet at each vertex; computes normals for any positions of the vertices. A vertex's normal is
+/// the sum of its polygons' area vectors, at length one, added in order of the polygons. A vertex whose polygons have
+/// no area, or that has none, answers (0, 0, 1): a normal always is a unit vector.
 class SurfaceNormals
 {
 public:

@@ -6,8 +6,10 @@
 #include <atomic>
 #include <condition_variable>
 #include <mutex>
+#include <system_error>
 #include <thread>
-#include <vector>
+
+#include <unistd.h>
 
 namespace {
 
@@ -17,26 +19,25 @@ public:
     WorkerPool()
     {
         const unsigned cores = std::max(1U, std::thread::hardware_concurrency());
-        for (unsigned i = 1; i < cores; ++i)
-            m_threads.emplace_back([this] { Serve(); });
-    }
-    ~WorkerPool()
-    {
-        {
-            const std::lock_guard<std::mutex> lock(m_mutex);
-            m_ending = true;
+        try {
+            for (unsigned i = 1; i < cores; ++i) {
+                std::thread([this] { Serve(); }).detach();
+                ++m_threadCount;
+            }
+        } catch (const std::system_error&) {
+            // No more threads can be had: the work is done by those that there are.
         }
-        m_wake.notify_all();
-        for (std::thread& thread : m_threads)
-            thread.join();
     }
+    /// A forked child has the pool's memory and none of its threads.
+    bool IsOurs() const { return m_process == getpid(); }
+    ~WorkerPool() = delete;
     WorkerPool(const WorkerPool&) = delete;
     WorkerPool& operator=(const WorkerPool&) = delete;
 
     void Run(int count, int grain, const std::function<void(int, int)>& work)
     {
         // A few pieces a core even out cores that are busy with something else.
-        const int wanted = static_cast<int>(m_threads.size() + 1) * 4;
+        const int wanted = (m_threadCount + 1) * 4;
         const int grains = (count + grain - 1) / grain;
         const int size = std::max(1, (grains + wanted - 1) / wanted) * grain;
         {
@@ -45,53 +46,51 @@ public:
             m_count = count;
             m_pieceSize = size;
             m_next = 0;
-            m_serving = static_cast<int>(m_threads.size());
-            ++m_job;
         }
         m_wake.notify_all();
-        TakePieces();
+        TakePieces(work);
+        // All pieces are taken. Threads that wake only now find no work; those that took some are waited for.
         std::unique_lock<std::mutex> lock(m_mutex);
-        m_done.wait(lock, [this] { return m_serving == 0; });
         m_work = nullptr;
+        m_done.wait(lock, [this] { return m_busy == 0; });
     }
 
 private:
-    void TakePieces()
+    void TakePieces(const std::function<void(int, int)>& work)
     {
         const int pieces = (m_count + m_pieceSize - 1) / m_pieceSize;
         for (int piece = m_next++; piece < pieces; piece = m_next++) {
             const int begin = piece * m_pieceSize;
-            (*m_work)(begin, std::min(m_count - begin, m_pieceSize) + begin);
+            work(begin, std::min(m_count - begin, m_pieceSize) + begin);
         }
     }
+    bool HasPieces() const { return static_cast<long>(m_next) * m_pieceSize < m_count; }
     void Serve()
     {
-        long lastJob = 0;
         std::unique_lock<std::mutex> lock(m_mutex);
         for (;;) {
-            m_wake.wait(lock, [&] { return m_ending || m_job != lastJob; });
-            if (m_ending)
-                return;
-            lastJob = m_job;
+            m_wake.wait(lock, [this] { return m_work != nullptr && HasPieces(); });
+            const std::function<void(int, int)>& work = *m_work;
+            ++m_busy;
             lock.unlock();
-            TakePieces();
+            TakePieces(work);
             lock.lock();
-            if (--m_serving == 0)
+            if (--m_busy == 0)
                 m_done.notify_one();
         }
     }
 
-    std::vector<std::thread> m_threads;
+    const pid_t m_process = getpid();
+    int m_threadCount = 0;
     std::mutex m_mutex;
     std::condition_variable m_wake;
     std::condition_variable m_done;
+    // Set under the mutex while no thread is busy.
     const std::function<void(int, int)>* m_work = nullptr;
-    std::atomic<int> m_next{0};
     int m_count = 0;
     int m_pieceSize = 1;
-    int m_serving = 0;
-    long m_job = 0;
-    bool m_ending = false;
+    std::atomic<int> m_next{0}; ///< piece
+    int m_busy = 0;
 };
 
 std::mutex s_oneJob;
@@ -107,6 +106,10 @@ void ParallelFor(int count, int grain, const std::function<void(int begin, int e
         work(0, count);
         return;
     }
-    static WorkerPool s_pool;
-    s_pool.Run(count, grain, work);
+    // Never destroyed: its threads wait until the process ends, and nobody has to wait for them then.
+    static WorkerPool& s_pool = *new WorkerPool;
+    if (s_pool.IsOurs())
+        s_pool.Run(count, grain, work);
+    else
+        work(0, count);
 }

@@ -79,8 +79,9 @@ void CubicSpline(const float* keys, size_t components, const KeyPlace& place, fl
     const float* const toTangent = keys + 3 * components;
     const float* const toValue = keys + 4 * components;
     for (size_t i = 0; i < components; ++i)
-        value[i] = static_cast<float>((2 * t3 - 3 * t2 + 1) * fromValue[i] + place.span * (t3 - 2 * t2 + t) * fromTangent[i] +
-                                      (3 * t2 - 2 * t3) * toValue[i] + place.span * (t3 - t2) * toTangent[i]);
+        value[i] =
+            static_cast<float>((2 * t3 - 3 * t2 + 1) * fromValue[i] + place.span * (t3 - 2 * t2 + t) * fromTangent[i] +
+                               (3 * t2 - 2 * t3) * toValue[i] + place.span * (t3 - t2) * toTangent[i]);
 }
 
 } // namespace
@@ -108,7 +109,8 @@ void ZAnimation_Evaluate(const ZAnimationChannel& channel, double seconds, float
         Slerp(from, from + components, place.fraction, value);
     } else {
         for (size_t i = 0; i < components; ++i)
-            value[i] = static_cast<float>(from[i] + place.fraction * (static_cast<double>(from[components + i]) - from[i]));
+            value[i] =
+                static_cast<float>(from[i] + place.fraction * (static_cast<double>(from[components + i]) - from[i]));
     }
 }
 

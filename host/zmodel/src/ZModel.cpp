@@ -27,8 +27,7 @@ private:
     const ZModel& m_owner;
 };
 
-ZModel::ZModel(const char* name, ZModelKind kind)
-    : ZTransformNode(name), m_kind(kind), m_bone(kind == ZModelKind::Bone)
+ZModel::ZModel(const char* name, ZModelKind kind) : ZTransformNode(name), m_kind(kind), m_bone(kind == ZModelKind::Bone)
 {
 }
 
@@ -80,7 +79,8 @@ void ZModel::BeginEdit() { ++m_editDepth; }
 void ZModel::EndEdit()
 {
     if (m_editDepth == 0) {
-        ZReport_Misuse("IModelGeometry::EndEdit", "'" + GetObjectName() + "' is not being edited: BeginEdit comes first.");
+        ZReport_Misuse("IModelGeometry::EndEdit",
+                       "'" + GetObjectName() + "' is not being edited: BeginEdit comes first.");
         return;
     }
     --m_editDepth;

@@ -84,9 +84,10 @@ void ZModelGeometryBase::SetMorphTargets(std::vector<ZMorphTarget> targets)
     for (size_t i = 0; i < targets.size(); ++i) {
         if (targets[i].positions.size() == numbers)
             continue;
-        ZReport_Misuse("ZModelGeometryBase::SetMorphTargets",
-                       "Target " + std::to_string(i) + " has " + std::to_string(targets[i].positions.size()) +
-                           " numbers; " + std::to_string(m_state->count) + " vertices need " + std::to_string(numbers) + ".");
+        ZReport_Misuse("ZModelGeometryBase::SetMorphTargets", "Target " + std::to_string(i) + " has " +
+                                                                  std::to_string(targets[i].positions.size()) +
+                                                                  " numbers; " + std::to_string(m_state->count) +
+                                                                  " vertices need " + std::to_string(numbers) + ".");
         targets[i].positions.resize(numbers, 0.0F);
     }
     m_state->targets = std::move(targets);

@@ -38,8 +38,9 @@ std::string ValidatePoints(const ZNurbsSurface& surface)
 {
     const size_t count = static_cast<size_t>(surface.countU) * static_cast<size_t>(surface.countV);
     if (surface.points.size() != 3 * count)
-        return "There are " + std::to_string(surface.points.size()) + " coordinates; " + std::to_string(surface.countU) +
-               " x " + std::to_string(surface.countV) + " control points need " + std::to_string(3 * count) + ".";
+        return "There are " + std::to_string(surface.points.size()) + " coordinates; " +
+               std::to_string(surface.countU) + " x " + std::to_string(surface.countV) + " control points need " +
+               std::to_string(3 * count) + ".";
     for (size_t i = 0; i < surface.points.size(); ++i)
         if (!std::isfinite(surface.points[i]))
             return "Coordinate " + std::to_string(i % 3) + " of control point " + std::to_string(i / 3) +

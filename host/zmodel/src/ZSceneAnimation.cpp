@@ -108,7 +108,8 @@ double ZScene::GetAnimationTime() const
 {
     if (m_animation < 0)
         return m_time;
-    const double duration = m_tracks ? m_tracks->duration : m_animations[static_cast<size_t>(m_animation)]->GetDuration();
+    const double duration =
+        m_tracks ? m_tracks->duration : m_animations[static_cast<size_t>(m_animation)]->GetDuration();
     if (m_time <= duration)
         return m_time;
     return m_looping && duration > 0 ? std::fmod(m_time, duration) : duration;

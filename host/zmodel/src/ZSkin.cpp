@@ -30,7 +30,10 @@ bool ZSkin::HasLink(const char* call, int link) const
     return false;
 }
 
-void ZSkin::NoCurrentLink(const char* call) const { ZReport_Misuse(call, "No link is current: BeginLink comes first."); }
+void ZSkin::NoCurrentLink(const char* call) const
+{
+    ZReport_Misuse(call, "No link is current: BeginLink comes first.");
+}
 
 void ZSkin::RefuseVertex(const char* call, int vertex) const
 {
@@ -111,9 +114,8 @@ int ZSkin::AddLink(ZModel* bone)
     bool singular = false;
     const ZgeMatrix inverseBone = ZgeInverse(bone->GetTransformMatrix(true), &singular);
     if (singular)
-        ZReport_Warning("Bone '" + bone->GetObjectName() +
-                        "' is scaled to nothing: it is bound to '" + m_state->OwnerName() +
-                        "' as if it stood at the scene's origin.");
+        ZReport_Warning("Bone '" + bone->GetObjectName() + "' is scaled to nothing: it is bound to '" +
+                        m_state->OwnerName() + "' as if it stood at the scene's origin.");
     return AppendNewLink(bone, toBone * inverseBone);
 }
 
@@ -150,8 +152,8 @@ void ZSkin::RemoveLinksOf(const ZModel* bone)
         if (LinkModel(link) == bone)
             EraseLink(link);
     m_state->IndexBones();
-    ZUndoStack::TheOne()->DropHistory("Bone '" + bone->GetObjectName() + "' left the skin of '" +
-                                      m_state->OwnerName() + "'; earlier steps can no longer be undone.");
+    ZUndoStack::TheOne()->DropHistory("Bone '" + bone->GetObjectName() + "' left the skin of '" + m_state->OwnerName() +
+                                      "'; earlier steps can no longer be undone.");
 }
 
 // Entries of the current link.

@@ -13,8 +13,9 @@ constexpr double kHalfRadiansPerDegree = 0.017453292519943295 / 2;
 
 std::array<double, 4> Multiply(const std::array<double, 4>& a, const std::array<double, 4>& b)
 {
-    return {a[3] * b[0] + a[0] * b[3] + a[1] * b[2] - a[2] * b[1], a[3] * b[1] - a[0] * b[2] + a[1] * b[3] + a[2] * b[0],
-            a[3] * b[2] + a[0] * b[1] - a[1] * b[0] + a[2] * b[3], a[3] * b[3] - a[0] * b[0] - a[1] * b[1] - a[2] * b[2]};
+    return {
+        a[3] * b[0] + a[0] * b[3] + a[1] * b[2] - a[2] * b[1], a[3] * b[1] - a[0] * b[2] + a[1] * b[3] + a[2] * b[0],
+        a[3] * b[2] + a[0] * b[1] - a[1] * b[0] + a[2] * b[3], a[3] * b[3] - a[0] * b[0] - a[1] * b[1] - a[2] * b[2]};
 }
 
 std::array<double, 4> AboutAxis(size_t axis, double degrees)
@@ -35,7 +36,8 @@ std::vector<ZTransformNode*>::iterator PlaceOf(std::vector<ZTransformNode*>& sib
 
 ZgeMatrix ZNodeTRS::GetMatrix() const
 {
-    ZgeMatrix matrix = ZgeScaling(scaling) * ZgeRotationFromQuaternion(rotation[0], rotation[1], rotation[2], rotation[3]);
+    ZgeMatrix matrix =
+        ZgeScaling(scaling) * ZgeRotationFromQuaternion(rotation[0], rotation[1], rotation[2], rotation[3]);
     matrix(3, 0) = translation.x;
     matrix(3, 1) = translation.y;
     matrix(3, 2) = translation.z;

@@ -65,6 +65,21 @@ void ZtListBox::SetRowSelected(int row, bool selected)
     MarkChanged();
 }
 
+void ZtListBox::SelectRows(const int* rows, int count)
+{
+    if (!m_multiple) {
+        for (int i = 0; i < count; ++i)
+            SetRowSelected(rows[i], true);
+        return;
+    }
+    const int before = m_selectedCount;
+    for (int i = 0; i < count; ++i)
+        if (HasRow(rows[i]))
+            Mark(rows[i], true);
+    if (m_selectedCount != before)
+        MarkChanged();
+}
+
 void ZtListBox::DeselectAll()
 {
     if (m_selectedCount == 0)
