@@ -10,8 +10,8 @@
 #include <vector>
 
 /// Rows that leave are collected and go in one stable pass at the end. The result is that of removing, one by one, the
-/// first row of the vertex, appended rows in between included: so a removal counts only when a row of the vertex is there
-/// at that moment, and at the end as many first rows of each vertex go as removals counted.
+/// first row of the vertex, appended rows in between included: so a removal counts only when a row of the vertex is
+/// there at that moment, and at the end as many first rows of each vertex go as removals counted.
 class RowRemovals
 {
 public:

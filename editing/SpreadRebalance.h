@@ -24,9 +24,9 @@ struct RebalancedSpread
     bool capped = false;
 };
 
-/// `weights` are fractions of one by bone; `locks` 1 for a locked bone, 0 for a free one (missing: free). `changed` is the
-/// bone whose per cent is asked for; the request is clamped to 0..100, and one that is no number asks for what the bone
-/// has. The snapshot is what bones held before a drag pushed their weight out.
+/// `weights` are fractions of one by bone; `locks` 1 for a locked bone, 0 for a free one (missing: free). `changed` is
+/// the bone whose per cent is asked for; the request is clamped to 0..100, and one that is no number asks for what the
+/// bone has. The snapshot is what bones held before a drag pushed their weight out.
 RebalancedSpread Spread_Rebalance(std::span<const float> weights, std::span<const int> locks, int changed,
                                   double requested, std::span<const int> snapshotBones,
                                   std::span<const float> snapshotPercents);

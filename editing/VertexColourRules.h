@@ -6,8 +6,8 @@
 
 #include <vector>
 
-/// Red, green, blue and an unused fourth: added and scaled channel by channel, so the order of additions in each channel
-/// is that of the influences.
+/// Red, green, blue and an unused fourth: added and scaled channel by channel, so the order of additions in each
+/// channel is that of the influences.
 using VertexColour = float __attribute__((vector_size(16)));
 
 /// The colours of a model's links, looked up once a pass. Links without a bone in the bone list, or whose bone has no

@@ -20,8 +20,8 @@ public:
 
     /// `requested` is per cent, clamped to 0..100; a number that is none asks for what the bone has. A call without a
     /// current row, or for a spread row that is not there, changes no weight; with `end` it still closes the change.
-    /// Ends with the owner's RecolourActiveVertices and RefreshSpread(true). A call outside an open change begins one, so
-    /// that nothing is changed past the undo stack; a change that altered no weight leaves no step.
+    /// Ends with the owner's RecolourActiveVertices and RefreshSpread(true). A call outside an open change begins one,
+    /// so that nothing is changed past the undo stack; a change that altered no weight leaves no step.
     void ApplyWeightChange(bool begin, bool end, double requested, int spreadRow);
     /// Writes percent / 100 for the bone: weighting mode 0 into the current vertex, 1 into every target row's vertex.
     void SetSpreadWeight(int bone, double percent);

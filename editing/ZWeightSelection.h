@@ -29,8 +29,8 @@ public:
     bool selectV = false;
 
     // Batches; each model run gets one record, added to the open transaction at once. A pair that names no model or no
-    // vertex is passed over. Nothing is refreshed: whoever ends the gesture does that (only PickSelectOnly's toggle under
-    // Select U or V rebuilds the rows and asks the owner to refresh its lists).
+    // vertex is passed over. Nothing is refreshed: whoever ends the gesture does that (only PickSelectOnly's toggle
+    // under Select U or V rebuilds the rows and asks the owner to refresh its lists).
     void PickSelect(const ZArrayTemplate<int>& batch, int code);
     void PickSelectOnly(const ZArrayTemplate<int>& batch, int code);
     void PickActivate(const ZArrayTemplate<int>& batch, int code);

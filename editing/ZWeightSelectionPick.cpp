@@ -52,8 +52,8 @@ private:
     ZWeightingSelectionUndo* m_undo;
 };
 
-/// A walk over the pairs of a batch. Each run of pairs of one model gets a record, which is added to the open transaction
-/// at once. Lists are true again when the walk ends.
+/// A walk over the pairs of a batch. Each run of pairs of one model gets a record, which is added to the open
+/// transaction at once. Lists are true again when the walk ends.
 class BatchWalk
 {
 public:
@@ -261,9 +261,8 @@ void ZWeightSelection::PickActivate(const ZArrayTemplate<int>& batch, int code)
         if (targetRows.IsEmpty())
             noActive = true;
     } else if (code == kPickToggle) {
-        walk.ForEach(batch, [&](PickedVertex& picked) {
-            picked.Apply(picked.State() == kActive ? kDeactivate : kActivate);
-        });
+        walk.ForEach(batch,
+                     [&](PickedVertex& picked) { picked.Apply(picked.State() == kActive ? kDeactivate : kActivate); });
         if (vertexRows.IsEmpty())
             noSelection = true;
         else

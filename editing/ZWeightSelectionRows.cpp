@@ -163,8 +163,8 @@ void ZWeightSelection::DeselectUnchecked()
     vertexModels.SetCount(kept);
 }
 
-/// For each model in list order and each of its active vertices in activation order: every row of that vertex, ascending.
-/// The rows of a vertex are chained through an index, so that nothing is searched for.
+/// For each model in list order and each of its active vertices in activation order: every row of that vertex,
+/// ascending. The rows of a vertex are chained through an index, so that nothing is searched for.
 void ZWeightSelection::AppendActiveRows()
 {
     constexpr int kAhead = 24; // vertices may come in any order: later ones are fetched early

@@ -56,7 +56,9 @@ bool HasColours(const ZWeightUIModelData& data)
 template <class Sharing, class Pass> void WithRule(int colourMode, const Pass& pass)
 {
     if (colourMode == kColourSmooth)
-        pass([](const VertexInfluences& record, const LinkColours& colours) { return Sharing::Smooth(record, colours); });
+        pass([](const VertexInfluences& record, const LinkColours& colours) {
+            return Sharing::Smooth(record, colours);
+        });
     else if (colourMode == kColourMostInfluential)
         pass([](const VertexInfluences& record, const LinkColours& colours) {
             return MostInfluentialColour(record, colours);

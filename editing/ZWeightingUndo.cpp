@@ -71,7 +71,8 @@ void ZWeightingSelectionUndo::Reserve(int more)
         list->Reserve(list->GetCount() + more);
 }
 
-/// Records keep the order of the pick, whatever it was: the state of a later vertex is fetched while earlier ones are set.
+/// Records keep the order of the pick, whatever it was: the state of a later vertex is fetched while earlier ones are
+/// set.
 void ZWeightingSelectionUndo::Prefetch(const ZWeightUIModelData& data, int index) const
 {
     constexpr int kAhead = 24;

@@ -15,8 +15,8 @@ struct ZWeightUIModelData::Private
     /// How many entries boneLinkPositions had when linkOfBone was built; -1: never.
     int indexedLinks = -1;
 
-    /// The skin may hold entries that no record names: a weight that was taken back by an undo, or one that is none. Then
-    /// a new influence looks for its entry before it makes one.
+    /// The skin may hold entries that no record names: a weight that was taken back by an undo, or one that is none.
+    /// Then a new influence looks for its entry before it makes one.
     bool skinHoldsMore = false;
 
     // A batch of selection changes: vertices that left a list still stand in it.

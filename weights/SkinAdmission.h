@@ -12,6 +12,6 @@ void SkinAdmission_ShowAdditiveMessage();
 void SkinAdmission_ResetLinkOptions(ISkinLinks& links);
 void SkinAdmission_RemoveLinksWithoutBone(ISkinLinks& links);
 /// Links that follow one bone become one link, if the user wants that. The question is asked at most once.
-/// Of two such links the one with the smaller share of zero weights is folded into the other and removed (on equal shares
-/// the earlier one): its weights replace those that the other had, and its bind transform goes along.
+/// Of two such links the one with the smaller share of zero weights is folded into the other and removed (on equal
+/// shares the earlier one): its weights replace those that the other had, and its bind transform goes along.
 void SkinAdmission_MergeDuplicateLinks(ISkinLinks& links);

@@ -19,8 +19,7 @@ SkinReader::SkinReader(ISkinLinks& links, Filter filter) : m_links(links), m_fil
         entries.link = link;
         links.BeginLink(link);
         if (links.EntryArrays(entries.vertices, entries.weights, entries.count))
-            m_followsVertices =
-                m_followsVertices && std::is_sorted(entries.vertices, entries.vertices + entries.count);
+            m_followsVertices = m_followsVertices && std::is_sorted(entries.vertices, entries.vertices + entries.count);
         else
             m_followsVertices = false;
         links.EndLink();

@@ -12,7 +12,11 @@ class ISkinLinks;
 class SkinReader
 {
 public:
-    enum Filter { kPositive, kNotNegative };
+    enum Filter
+    {
+        kPositive,
+        kNotNegative
+    };
 
     /// Looks at every link that has a bone. What it holds is valid until the skin next changes.
     SkinReader(ISkinLinks& links, Filter filter);

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // Reading a skin into records, and the one rewriting that makes its weights sum to one.
 //
-// A skin keeps its entries link by link, the records stand vertex by vertex. Passing over all vertices once a link would
-// touch every record once an influence, each time from far memory. So when every link's entries come in the order of the
-// vertices, which is how files have them and how the rewriting leaves them, the passes run over blocks of vertices whose
-// records stay in the cache while each link adds its share. The order of the influences in a record is that of the links
-// either way.
+// A skin keeps its entries link by link, the records stand vertex by vertex. Passing over all vertices once a link
+// would touch every record once an influence, each time from far memory. So when every link's entries come in the order
+// of the vertices, which is how files have them and how the rewriting leaves them, the passes run over blocks of
+// vertices whose records stay in the cache while each link adds its share. The order of the influences in a record is
+// that of the links either way.
 #include "weights/ModelDataPrivate.h"
 #include "weights/SkinReader.h"
 #include "weights/SkinRewriter.h"
@@ -73,7 +73,8 @@ void ZWeightUIModelData::RebuildBoneLinkPositions()
     }
 }
 
-/// The flags noActiveVertices and noSelectedVertices keep their values: nothing is drawn of a model that is not selected.
+/// The flags noActiveVertices and noSelectedVertices keep their values: nothing is drawn of a model that is not
+/// selected.
 void ZWeightUIModelData::Unload()
 {
     vertexColours.Release();
@@ -122,8 +123,8 @@ void ZWeightUIModelData::ReadSkin(ISkinLinks& links, int vertexCount, bool fresh
         if (normalise)
             NormaliseRecords(records, 0, vertexCount);
     }
-    // The skin gets what the records now hold, entry for entry in the order in which reading it again would find them, so
-    // the records need not be read again.
+    // The skin gets what the records now hold, entry for entry in the order in which reading it again would find them,
+    // so the records need not be read again.
     if (normalise)
         SkinRewriter_Rewrite(links, records, vertexCount);
     m_private->skinHoldsMore = !normalise && reader.PassedOverAny();

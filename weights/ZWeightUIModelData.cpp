@@ -84,10 +84,7 @@ ZClassDefinition* ZWeightUIModelData::GetClassDefinition() const
 
 const char* ZWeightUIModelData::GetClassGroup() const { return GetClassDefinition()->GetName(); }
 
-bool ZWeightUIModelData::Is(int classId) const
-{
-    return (classId >= 0 && classId == ClassId) || ZObject::Is(classId);
-}
+bool ZWeightUIModelData::Is(int classId) const { return (classId >= 0 && classId == ClassId) || ZObject::Is(classId); }
 
 std::uint64_t ZWeightUIModelData::FindPropertyByName(const char* name) const
 {

@@ -55,9 +55,9 @@ public:
     // Skin and records.
     void Refresh();
     void ResetSkinHint();
-    /// Write-back of one vertex: links of the present record get 0, then the new record's links get its weights. Entries
-    /// of the skin are never added or removed; a link without an entry for the vertex is passed over. While the model is
-    /// not loaded only the skin is written.
+    /// Write-back of one vertex: links of the present record get 0, then the new record's links get its weights.
+    /// Entries of the skin are never added or removed; a link without an entry for the vertex is passed over. While the
+    /// model is not loaded only the skin is written.
     void ApplyVertexInfluences(int vertex, const VertexInfluences& record);
     /// The same for many vertices, in order; `recordOf` is asked once for each index of `vertices`.
     void ApplyManyVertexInfluences(std::span<const int> vertices,
@@ -71,8 +71,8 @@ public:
 
     // Weights by bone position in the tool's bone list; fractions of one.
     float VertexBoneWeight(int bone, int vertex) const;
-    /// A bone that is no link of the skin becomes one when the weight is not 0. An influence that is there keeps its place,
-    /// also at weight 0; a new one is appended, to the record and to the skin.
+    /// A bone that is no link of the skin becomes one when the weight is not 0. An influence that is there keeps its
+    /// place, also at weight 0; a new one is appended, to the record and to the skin.
     void SetVertexBoneWeight(int bone, int vertex, double weight);
     /// VertexBoneWeight of every bone at once: byBone[bone]; bones that do not pull the vertex get 0.
     void GetVertexSpread(int vertex, std::span<float> byBone) const;
@@ -147,8 +147,7 @@ private:
     {
         return vertex >= 0 && vertex < vertexInfluences.GetCount() ? vertexInfluences[vertex] : nullptr;
     }
-    void ApplyToUnloaded(std::span<const int> vertices,
-                         const std::function<VertexInfluencesView(int index)>& recordOf);
+    void ApplyToUnloaded(std::span<const int> vertices, const std::function<VertexInfluencesView(int index)>& recordOf);
     void RemoveFromSelected(int vertex);
     void RemoveFromActive(int vertex);
 

@@ -143,8 +143,8 @@ void ZWeightUIModelData::SetManyVertexSpreads(std::span<const int> vertices, std
 {
     if (vertices.empty())
         return;
-    // The new weight of every link, 0 for those that the spread does not name. A bone that is named twice ends with what
-    // was said last, at the place where it was first not 0.
+    // The new weight of every link, 0 for those that the spread does not name. A bone that is named twice ends with
+    // what was said last, at the place where it was first not 0.
     const ZArrayTemplate<ZModel*>& boneList = tool->BoneList();
     std::vector<int> spreadLinks;
     std::vector<double> weightOfLink;
@@ -179,8 +179,8 @@ void ZWeightUIModelData::SetManyVertexSpreads(std::span<const int> vertices, std
         seen.Next();
         for (int k = 0; k < record->GetCount(); ++k) {
             const int link = record->links[k];
-            if (link < 0 || static_cast<size_t>(link) >= reachable.size() || reachable[static_cast<size_t>(link)] == 0 ||
-                !seen.Mark(link))
+            if (link < 0 || static_cast<size_t>(link) >= reachable.size() ||
+                reachable[static_cast<size_t>(link)] == 0 || !seen.Mark(link))
                 continue;
             const double weight = weightOfLink[static_cast<size_t>(link)];
             record->weights[k] = static_cast<float>(weight);
@@ -236,7 +236,8 @@ void ZWeightUIModelData::ApplyManyVertexInfluences(std::span<const int> vertices
     }
 }
 
-/// There are no records that would say which links have an entry for a vertex: every link's entries are gone through once.
+/// There are no records that would say which links have an entry for a vertex: every link's entries are gone through
+/// once.
 void ZWeightUIModelData::ApplyToUnloaded(std::span<const int> vertices,
                                          const std::function<VertexInfluencesView(int index)>& recordOf)
 {

@@ -47,7 +47,8 @@ MainWindow::MainWindow(ZDeskSession& desk, QWidget* parent)
     BuildDocks();
     BuildMenus();
     new KeyInput(desk, this);
-    connect(m_documents, &DocumentCommands::fileOpened, this, [this] { FillRecentFiles(); });
+    // Later: the file may have been opened by an entry of the very menu that is filled anew.
+    connect(m_documents, &DocumentCommands::fileOpened, this, &MainWindow::FillRecentFiles, Qt::QueuedConnection);
     m_desk.SetListener([this] { Sync(); });
     m_desk.OpenFirstTool();
     m_tool->ShowTool();

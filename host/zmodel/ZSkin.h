@@ -22,7 +22,7 @@ class ZSkin : public ISkinLinks
 {
 public:
     explicit ZSkin(ZModel* owner, int vertexCount, int deformMode = kDeformNormalise);
-    virtual ~ZSkin();
+    ~ZSkin() override;
     ZSkin(const ZSkin&) = delete;
     ZSkin& operator=(const ZSkin&) = delete;
 

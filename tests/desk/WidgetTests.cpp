@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The generic widgets, driven by a control's state alone.
+#include "Drops.h"
 #include "desk/model/ModelDrag.h"
 #include "desk/widgets/FormWidget.h"
 #include "desk/widgets/ListBoxView.h"
@@ -266,9 +267,7 @@ TEST(ListDrop, ModelsOfTheHostsDragAreDropped)
     GlobalDragAndDrop_Add(&model, 0);
     QMimeData announced;
     announced.setData(kModelDragFormat, "models");
-    QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &announced, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(stage.View()->viewport(), &drop);
-    EXPECT_TRUE(drop.isAccepted());
+    EXPECT_TRUE(DropOn(*stage.View()->viewport(), announced));
     EXPECT_THAT(stage.stages, ElementsAre(kDragOver, kDragDrop));
     EXPECT_EQ(stage.dropped, 1);
 }
@@ -278,9 +277,7 @@ TEST(ListDrop, ForeignDragIsRefused)
     DropStage stage;
     QMimeData announced;
     announced.setData(kModelDragFormat, "models");
-    QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &announced, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(stage.View()->viewport(), &drop);
-    EXPECT_FALSE(drop.isAccepted());
+    EXPECT_FALSE(DropOn(*stage.View()->viewport(), announced));
     EXPECT_THAT(stage.stages, SizeIs(0));
 }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The window: layout, scene tree, keys, timeline, pose, files, export.
+#include "Drops.h"
 #include "Stage.h"
 
 #include "desk/model/ModelDrag.h"
@@ -95,9 +96,10 @@ TEST_F(DeskWindow, RecentFilesAreKeptBetweenStarts)
     Restart();
     ASSERT_EQ(Preferences::RecentFiles().size(), 1);
     EXPECT_EQ(Preferences::RecentFiles().first(), Figure());
-    for (QAction* const action : window->findChildren<QAction*>())
-        if (action->text() == "figure.glb")
-            action->trigger();
+    const auto actions = window->findChildren<QAction*>();
+    const auto recent = std::find_if(actions.begin(), actions.end(), [](QAction* action) { return action->text() == "figure.glb"; });
+    ASSERT_NE(recent, actions.end());
+    (*recent)->trigger();
     EXPECT_NE(Model("Figure"), nullptr);
 }
 
@@ -133,8 +135,7 @@ TEST_F(DeskWindow, ModelDraggedFromTheTreeEntersTheTool)
     QMimeData announced;
     announced.setData(kModelDragFormat, "models");
     auto* const list = WidgetOf<QAbstractItemView>(Control<ZtListBox>("ModelListUI"));
-    QDropEvent drop(QPointF(20, 20), Qt::CopyAction, &announced, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(list->viewport(), &drop);
+    EXPECT_TRUE(DropOn(*list->viewport(), announced));
     EXPECT_EQ(list->model()->index(0, 0).data().toString(), "Figure");
 }
 
@@ -282,8 +283,7 @@ TEST_F(DeskWindow, FileDroppedOnTheWindowIsOpened)
 {
     QMimeData urls;
     urls.setUrls({QUrl::fromLocalFile(Figure())});
-    QDropEvent drop(QPointF(20, 20), Qt::CopyAction, &urls, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(window->Viewer(), &drop);
+    EXPECT_TRUE(DropOn(*window->Viewer(), urls));
     EXPECT_NE(Model("Figure"), nullptr);
 }
 

@@ -30,10 +30,7 @@ struct PlainSelection
     bool noSelection = true, noActive = true, selectU = false, selectV = false;
     bool targetsEmpty = true;
 
-    int& State(int model, int vertex)
-    {
-        return models[static_cast<size_t>(model)].states[static_cast<size_t>(vertex)];
-    }
+    int& State(int model, int vertex) { return models[static_cast<size_t>(model)].states[static_cast<size_t>(vertex)]; }
     static void Erase(std::vector<int>& list, int vertex)
     {
         const auto found = std::find(list.begin(), list.end(), vertex);

@@ -88,15 +88,9 @@ TEST(Rebalance, RequestBeyondTheFreeShareIsCapped)
     EXPECT_FALSE(Spread_Rebalance(weights, locks, 0, 70, {}, {}).capped);
 }
 
-TEST(Rebalance, BoneWithoutWeightCanBeRaised)
-{
-    EXPECT_THAT(After({0.5F, 0.5F, 0.0F}, {}, 2, 20), Are({40, 40, 20}));
-}
+TEST(Rebalance, BoneWithoutWeightCanBeRaised) { EXPECT_THAT(After({0.5F, 0.5F, 0.0F}, {}, 2, 20), Are({40, 40, 20})); }
 
-TEST(Rebalance, EmptyVertexGivesEverythingToTheBone)
-{
-    EXPECT_THAT(After({0.0F, 0.0F}, {}, 1, 30), Are({0, 100}));
-}
+TEST(Rebalance, EmptyVertexGivesEverythingToTheBone) { EXPECT_THAT(After({0.0F, 0.0F}, {}, 1, 30), Are({0, 100})); }
 
 TEST(Rebalance, LocksBeyondAHundredLeaveNothingAndNeverLess)
 {
@@ -134,7 +128,8 @@ TEST(RebalanceProperty, TotalsAHundredAndKeepsLocks)
         std::vector<float> weights;
         double locked = 0.0;
         for (int bone = 0; bone < count; ++bone) {
-            weights.push_back(sum == 0 ? 0.0F : static_cast<float>(raw[static_cast<size_t>(bone)]) / static_cast<float>(sum));
+            weights.push_back(sum == 0 ? 0.0F
+                                       : static_cast<float>(raw[static_cast<size_t>(bone)]) / static_cast<float>(sum));
             if (locks[static_cast<size_t>(bone)] != 0)
                 locked += static_cast<double>(weights.back() * 100.0F);
         }

@@ -304,8 +304,9 @@ TEST(StrategyProperty, ColoursAreThoseOfThePlainRules)
         const auto check = [&] {
             for (int vertex = 0; vertex < 4; ++vertex)
                 for (int channel = 0; channel < 3; ++channel)
-                    RC_ASSERT(data.vertexColours[4 * vertex + channel] ==
-                              PlainColour(*data.vertexInfluences[vertex], tool.colours, mode, deformMode == 0, channel));
+                    RC_ASSERT(data.vertexColours[4 * vertex + channel] == PlainColour(*data.vertexInfluences[vertex],
+                                                                                      tool.colours, mode,
+                                                                                      deformMode == 0, channel));
         };
         check();
         data.vertexColours.Fill(9.0F);

@@ -41,9 +41,9 @@ TEST_F(UndoRecord, AnswersTheUndoInterface)
     ZWeightingSelectionUndo selection(&tool);
     ZWeightingModelSelectionUndo models(&tool);
     ZWeightingWeightChangeUndo weights(&tool);
-    for (ZWeightingUndoBase* const record : {static_cast<ZWeightingUndoBase*>(&selection),
-                                             static_cast<ZWeightingUndoBase*>(&models),
-                                             static_cast<ZWeightingUndoBase*>(&weights)}) {
+    for (ZWeightingUndoBase* const record :
+         {static_cast<ZWeightingUndoBase*>(&selection), static_cast<ZWeightingUndoBase*>(&models),
+          static_cast<ZWeightingUndoBase*>(&weights)}) {
         EXPECT_EQ(record->IQuery(9456721, 0), static_cast<IUndo*>(record));
         EXPECT_EQ(record->IQuery(0, 0), static_cast<IObject*>(record));
         EXPECT_EQ(record->IQuery(369369369, 0), nullptr);

@@ -26,7 +26,8 @@ protected:
         for (size_t vertex = 0; vertex < weights.size(); ++vertex)
             for (size_t link = 0; link < weights[vertex].size(); ++link)
                 if (weights[vertex][link] != 0.0)
-                    TinyCharacter::Weight(mesh, static_cast<int>(link), static_cast<int>(vertex), weights[vertex][link]);
+                    TinyCharacter::Weight(mesh, static_cast<int>(link), static_cast<int>(vertex),
+                                          weights[vertex][link]);
         ZWeightUIModelData& data = tool.Admit(mesh);
         data.normaliseOnRefresh = 0;
         tool.RebuildBoneList();

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-/// Passes every call on to a real skin and keeps it as text: "BeginLink(1)", "AddEntry(3, 0.5)". It answers no arrays, so
-/// whoever reads it asks entry by entry.
+/// Passes every call on to a real skin and keeps it as text: "BeginLink(1)", "AddEntry(3, 0.5)". It answers no arrays,
+/// so whoever reads it asks entry by entry.
 class RecordingSkin : public ISkinLinks
 {
 public:

@@ -16,8 +16,8 @@ public:
     ZModel* AddBone(const ZgeVector3& place, ZModel* parent = nullptr);
     /// `count` more bones.
     void AddBones(int count);
-    /// A mesh of `vertexCount` vertices at (index, 0, 0), in one polygon, with a skin of that mode that has a link to each
-    /// bone that exists so far, in order. No entries.
+    /// A mesh of `vertexCount` vertices at (index, 0, 0), in one polygon, with a skin of that mode that has a link to
+    /// each bone that exists so far, in order. No entries.
     ZModelPolymesh* AddMesh(const std::string& name, int vertexCount, int deformMode = kDeformNormalise);
     /// A flat NURBS surface of countU x countV control points with a tessellated grid; its skin as AddMesh makes it.
     ZModelNurbs* AddSurface(const std::string& name, int countU, int countV, int gridWidth = 8, int gridHeight = 8);

@@ -11,8 +11,8 @@ struct ToolTableLeniency
 {
     bool rowsOrColumnsPicked = false; ///< "Select U" or "Select V" extended a pick beyond the panel's rows
     bool weightsLost = false;         ///< a bone that pulled vertices was deleted
-    /// A change of the first of several active vertices was made again: redo gives its spread to all of them, also where
-    /// the skin has no entry to hold it.
+    /// A change of the first of several active vertices was made again: redo gives its spread to all of them, also
+    /// where the skin has no entry to hold it.
     bool firstVertexRedone = false;
 };
 

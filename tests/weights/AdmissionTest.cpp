@@ -276,13 +276,12 @@ TEST_F(Admission, CallsTheSkinInOrder)
     mesh.GetSkin()->AppendLink(nullptr, {});
     mesh.GetSkin()->AppendLink(character.bones[1], {});
     stage.Admit(&mesh);
-    EXPECT_THAT(mesh.Recorder().calls,
-                ElementsAre("BeginLink(0)", "DeformMode", "EndLink",         //
-                            "BeginLink(0)", "ResetLinkOption(0)", "EndLink", //
-                            "BeginLink(1)", "ResetLinkOption(0)", "EndLink", //
-                            "BeginLink(2)", "ResetLinkOption(0)", "EndLink", //
-                            "RemoveLink(1)", "EndLink",                      //
-                            "SetSkinDisplayValue(-1)"));
+    EXPECT_THAT(mesh.Recorder().calls, ElementsAre("BeginLink(0)", "DeformMode", "EndLink",         //
+                                                   "BeginLink(0)", "ResetLinkOption(0)", "EndLink", //
+                                                   "BeginLink(1)", "ResetLinkOption(0)", "EndLink", //
+                                                   "BeginLink(2)", "ResetLinkOption(0)", "EndLink", //
+                                                   "RemoveLink(1)", "EndLink",                      //
+                                                   "SetSkinDisplayValue(-1)"));
 }
 
 TEST_F(Admission, RefusedSkinIsAskedForItsModeOnly)
@@ -291,8 +290,7 @@ TEST_F(Admission, RefusedSkinIsAskedForItsModeOnly)
     RecordedMesh mesh("Body", 2, kDeformAdditive);
     mesh.GetSkin()->AppendLink(character.bones[0], {});
     stage.Admit(&mesh);
-    EXPECT_THAT(mesh.Recorder().calls,
-                ElementsAre("BeginLink(0)", "DeformMode", "EndLink", "SetSkinDisplayValue(-1)"));
+    EXPECT_THAT(mesh.Recorder().calls, ElementsAre("BeginLink(0)", "DeformMode", "EndLink", "SetSkinDisplayValue(-1)"));
 }
 
 TEST_F(Admission, MergeCallsTheSkinInOrder)
@@ -305,14 +303,13 @@ TEST_F(Admission, MergeCallsTheSkinInOrder)
     TinyCharacter::Weight(&mesh, 1, 0, 0.25);
     AnswerMessages(1);
     const auto data = stage.Admit(&mesh);
-    EXPECT_THAT(mesh.Recorder().calls,
-                ElementsAre("BeginLink(0)", "DeformMode", "EndLink",                                //
-                            "BeginLink(0)", "EntryCount", "EndLink",                                //
-                            "BeginLink(1)", "EntryCount", "EndLink",                                //
-                            "BeginLink(0)", "LinkBindTransform", "EntryCount", "EndLink",           //
-                            "BeginLink(0)", "EndLink",                                              //
-                            "BeginLink(1)", "FindEntry(1)", "AddEntry(1, 0.5)", "EndLink",          //
-                            "BeginLink(1)", "SetLinkBindTransform", "EndLink", "RemoveLink(0)"));
+    EXPECT_THAT(mesh.Recorder().calls, ElementsAre("BeginLink(0)", "DeformMode", "EndLink",                       //
+                                                   "BeginLink(0)", "EntryCount", "EndLink",                       //
+                                                   "BeginLink(1)", "EntryCount", "EndLink",                       //
+                                                   "BeginLink(0)", "LinkBindTransform", "EntryCount", "EndLink",  //
+                                                   "BeginLink(0)", "EndLink",                                     //
+                                                   "BeginLink(1)", "FindEntry(1)", "AddEntry(1, 0.5)", "EndLink", //
+                                                   "BeginLink(1)", "SetLinkBindTransform", "EndLink", "RemoveLink(0)"));
 }
 
 // End of life, identity.

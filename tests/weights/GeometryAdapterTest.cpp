@@ -161,7 +161,8 @@ TEST_F(Overlay, MeshDrawsEdgesThenPointsThenActiveThenSelected)
     ASSERT_EQ(batches.size(), 4U);
     EXPECT_EQ(batches[0].mode, kLineLoop);
     EXPECT_EQ(batches[0].vertices.size(), 3U);
-    EXPECT_NEAR(batches[0].vertices[0].colour[0], 0.5 * static_cast<double>(ZWeightGeomPoly::GetEdgeBrightness()), 1e-6);
+    EXPECT_NEAR(batches[0].vertices[0].colour[0], 0.5 * static_cast<double>(ZWeightGeomPoly::GetEdgeBrightness()),
+                1e-6);
     EXPECT_THAT(PointSizes(), ElementsAre(2.0, 10.0, 6.0));
     EXPECT_EQ(batches[1].vertices.size(), 3U);
     EXPECT_EQ(batches[2].vertices.size(), 1U);

@@ -21,10 +21,7 @@ TEST(Proximity, BoneWithoutChildrenWeighsOneEverywhere)
     EXPECT_EQ(Weight({}, {5, -3, 2}), 1.0);
 }
 
-TEST(Proximity, VertexBesideTheMiddleOfABoneGetsAHundred)
-{
-    EXPECT_EQ(Weight({{10, 0, 0}}, {5, 2, 0}), 100.0);
-}
+TEST(Proximity, VertexBesideTheMiddleOfABoneGetsAHundred) { EXPECT_EQ(Weight({{10, 0, 0}}, {5, 2, 0}), 100.0); }
 
 TEST(Proximity, FartherThanTheSegmentIsLongCountsNothing)
 {

@@ -71,10 +71,11 @@ Homogeneous Between(const Homogeneous& a, const Homogeneous& b, double fraction)
 Homogeneous DeBoor(const NurbsDirection& direction, int span, double t, Homogeneous* points)
 {
     const int degree = direction.degree;
+    const double* const knots = direction.knots.data();
     for (int level = 1; level <= degree; ++level) {
         for (int i = degree; i >= level; --i) {
-            const double from = direction.knots[static_cast<size_t>(span - degree + i)];
-            const double to = direction.knots[static_cast<size_t>(span + 1 + i - level)];
+            const double from = knots[span - degree + i];
+            const double to = knots[span + 1 + i - level];
             points[i] = Between(points[i - 1], points[i], (t - from) / (to - from));
         }
     }

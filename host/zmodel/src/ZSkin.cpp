@@ -146,7 +146,7 @@ void ZSkin::RemoveLink(int link)
 
 void ZSkin::RemoveLinksOf(const ZModel* bone)
 {
-    if (FindLink(bone) < 0)
+    if (bone == nullptr || FindLink(bone) < 0)
         return;
     for (int link = LinkCount() - 1; link >= 0; --link)
         if (LinkModel(link) == bone)
