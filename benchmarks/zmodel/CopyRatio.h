@@ -43,9 +43,9 @@ inline double ProcessSeconds()
     return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
 }
 
-/// For work that is spread over the cores. "copies" is by the clock on the wall, with a copy timed beside each pass, since
-/// what else runs on the machine takes from both; "cpu_copies" counts the processor time of all threads together, which
-/// other work hardly changes.
+/// For work that is spread over the cores. "copies" is by the clock on the wall, with a copy timed beside each pass,
+/// since what else runs on the machine takes from both; "cpu_copies" counts the processor time of all threads together,
+/// which other work hardly changes.
 inline void RunOnAllCoresAgainstCopy(benchmark::State& state, size_t bytes, const std::function<void()>& work)
 {
     const std::vector<char> from(bytes, 1);

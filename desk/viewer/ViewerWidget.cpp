@@ -107,6 +107,7 @@ protected:
     }
     void dropEvent(QDropEvent* event) override
     {
+        event->acceptProposedAction();
         for (const QUrl& url : event->mimeData()->urls())
             if (url.isLocalFile())
                 m_context.fileDropped(url.toLocalFile());

@@ -61,6 +61,7 @@ void ListBoxView::Begin(int row, Qt::KeyboardModifiers modifiers)
     const bool switches = several && modifiers.testFlag(Qt::ControlModifier);
     if (!reaches)
         m_anchor = row;
+    selectionModel()->setCurrentIndex(m_rows.index(row), QItemSelectionModel::NoUpdate);
     m_from = std::clamp(m_anchor, 0, std::max(0, m_rows.rowCount() - 1));
     m_to = row;
     m_switchOn = !m_list.IsRowSelected(m_rows.RowAt(row));
@@ -159,7 +160,7 @@ bool ListBoxView::MovesCursor(QKeyEvent* event)
     const QModelIndex next = moveCursor(move->second, event->modifiers());
     if (!next.isValid())
         return true;
-    selectionModel()->setCurrentIndex(next, QItemSelectionModel::NoUpdate);
+    setCurrentIndex(next);
     scrollTo(next, EnsureVisible);
     const bool onlyMoves = event->modifiers().testFlag(Qt::ControlModifier) && m_list.HasMultipleSelection();
     viewport()->update();

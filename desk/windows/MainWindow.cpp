@@ -220,6 +220,7 @@ void MainWindow::dragEnterEvent(QDragEnterEvent* event)
 
 void MainWindow::dropEvent(QDropEvent* event)
 {
+    event->acceptProposedAction();
     for (const QUrl& url : event->mimeData()->urls())
         if (url.isLocalFile())
             OpenFile(url.toLocalFile());

@@ -18,6 +18,7 @@ constexpr int kStatus = 1; ///< kind of a line that says what was done; others s
 StatusLine::StatusLine(QWidget* parent) : QStatusBar(parent), m_text(new QLabel(this)), m_more(new QToolButton(this))
 {
     m_text->setObjectName(QStringLiteral("StatusText"));
+    m_text->setAccessibleName(tr("Status"));
     m_text->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_text->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     addWidget(m_text, 1);

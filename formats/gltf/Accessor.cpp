@@ -83,7 +83,10 @@ ElementRange RangeInView(const OpenedFile& file, JsonValue where, int viewIndex,
         file.Refuse(view.value, "the buffer view is compressed with EXT_meshopt_compression, which the desk does not read");
     }
     const Buffer& buffer = file.Buffers()[static_cast<std::size_t>(view.buffer)];
-    if (buffer.home == BufferHome::Nowhere && end > 0) {
+    if (count == 0) {
+        return {ZEROS.data(), stride};
+    }
+    if (buffer.home == BufferHome::Nowhere) {
         file.Refuse(buffer.value, "the buffer has neither a uri nor a binary chunk");
     }
     return {buffer.bytes.data() + view.offset + offset, stride};

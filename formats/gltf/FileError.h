@@ -12,7 +12,7 @@ class FileError : public std::runtime_error
 {
 public:
     FileError(std::string path, std::string where, const std::string& sentence)
-        : std::runtime_error(path + ": " + (where.empty() ? "" : where + ": ") + sentence), m_path(std::move(path)),
+        : std::runtime_error(OnOneLine(path + ": " + (where.empty() ? "" : where + ": ") + sentence)), m_path(std::move(path)),
           m_where(std::move(where))
     {
     }
@@ -23,6 +23,15 @@ public:
     [[nodiscard]] const std::string& where() const { return m_where; }
 
 private:
+    // Names from a file may hold line breaks; the line stays one.
+    static std::string OnOneLine(std::string line)
+    {
+        for (char& c : line) {
+            c = static_cast<unsigned char>(c) < 0x20 ? ' ' : c;
+        }
+        return line;
+    }
+
     std::string m_path;
     std::string m_where;
 };

@@ -262,11 +262,13 @@ void FileRewrite::FinishGlb()
     }
     m_text.resize(AlignedToFour(m_text.size()), ' ');
 
-    const bool hasBin = container.hasBin || !m_added.empty();
+    const bool goesToBin = m_home == Home::BinChunk || m_home == Home::NewBinChunk;
+    const ByteSpan added = goesToBin ? ByteSpan(m_added) : ByteSpan{};
+    const bool hasBin = container.hasBin || !added.empty();
     const auto overwritten = m_home == Home::BinChunk ? m_overwritten.find(0) : m_overwritten.end();
     const std::size_t binSize =
-        m_added.empty() ? container.binSize
-                        : AlignedToFour((container.hasBin ? AlignedToFour(container.binSize) : 0) + m_added.size());
+        added.empty() ? container.binSize
+                      : AlignedToFour((container.hasBin ? AlignedToFour(container.binSize) : 0) + added.size());
     const std::size_t rest = container.lengthInHeader - container.restStart;
     const std::size_t total = GLB_HEADER_SIZE + GLB_CHUNK_HEADER_SIZE + m_text.size() +
                               (hasBin ? GLB_CHUNK_HEADER_SIZE + binSize : 0) + rest;
@@ -294,10 +296,10 @@ void FileRewrite::FinishGlb()
             old = old.subspan(overwritten->second.size());
         }
         m_result.pieces.push_back(old);
-        if (!m_added.empty()) {
+        if (!added.empty()) {
             AddPiece(std::vector<std::uint8_t>(container.hasBin ? AlignedToFour(oldSize) - oldSize : 0));
-            m_result.pieces.emplace_back(m_added);
-            AddPiece(std::vector<std::uint8_t>(AlignedToFour(m_added.size()) - m_added.size()));
+            m_result.pieces.push_back(added);
+            AddPiece(std::vector<std::uint8_t>(AlignedToFour(added.size()) - added.size()));
         }
     }
     m_result.pieces.push_back(bytes.subspan(container.restStart));

@@ -36,7 +36,8 @@ void WarningList::Add(JsonValue where, const std::string& sentence)
         return;
     }
     const std::string pointer = where == JSON_NONE ? "" : m_file.Json().Pointer(where);
-    m_lines.push_back(pointer.empty() ? sentence : pointer + ": " + sentence);
+    const std::string line = pointer.empty() ? sentence : pointer + ": " + sentence;
+    m_lines.push_back(OneLine(line, line.size()));
 }
 
 std::vector<std::string> WarningList::Take()

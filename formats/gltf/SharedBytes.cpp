@@ -97,7 +97,12 @@ void SharedBytes::CollectRanges(const OpenedFile& file)
 {
     std::vector<std::size_t> usedByAccessors(m_viewUses.size());
     for (std::size_t i = 0; i < m_uses.size(); ++i) {
-        const Accessor accessor = DescribeAccessor(file, static_cast<int>(i));
+        Accessor accessor;
+        try {
+            accessor = DescribeAccessor(file, static_cast<int>(i));
+        } catch (const FileError&) {
+            continue; // nothing reads it, so reading has not refused it; below, all of its view counts as in use
+        }
         if (accessor.view < 0) {
             continue;
         }

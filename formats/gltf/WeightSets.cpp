@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
 #include <cstring>
 #include <optional>
@@ -120,8 +121,8 @@ public:
         const std::size_t keptSets =
             m_options.mostSets == 0 ? m_joints.size() : std::min<std::size_t>(m_joints.size(), static_cast<std::size_t>(m_options.mostSets));
         FindWritten(keptSets);
+        std::size_t sets = keptSets;
         if (!m_written.empty()) {
-            std::size_t sets = keptSets;
             for (const std::size_t v : m_written) {
                 sets = std::max(sets, SetsFor(RowOf(v).size()));
             }
@@ -134,7 +135,9 @@ public:
                 WriteHalf("WEIGHTS_" + std::to_string(s), m_weights[s], m_weightSlots[s], true);
             }
         }
-        RemoveSets(keptSets);
+        if (!m_written.empty() || keptSets < m_target.accessors.joints.size()) {
+            RemoveSetsFrom(sets);
+        }
     }
 
 private:
@@ -410,12 +413,19 @@ private:
         }
     }
 
-    void RemoveSets(std::size_t keptSets)
+    // Also goes what was never read, half a set or a set behind a gap: the sets before it are whole now, so others would
+    // begin to see it.
+    void RemoveSetsFrom(std::size_t first)
     {
-        for (std::size_t s = keptSets; s < m_target.accessors.joints.size(); ++s) {
-            for (const JsonValue attributes : m_target.attributeObjects) {
-                m_splice.RemoveMember(attributes, m_file.Json().Member(attributes, "JOINTS_" + std::to_string(s)));
-                m_splice.RemoveMember(attributes, m_file.Json().Member(attributes, "WEIGHTS_" + std::to_string(s)));
+        for (const JsonValue attributes : m_target.attributeObjects) {
+            for (const JsonValue member : m_file.Json().Children(attributes)) {
+                const std::string key = m_file.Json().Key(member);
+                const std::size_t digits = key.starts_with("JOINTS_") ? 7 : key.starts_with("WEIGHTS_") ? 8 : 0;
+                std::size_t set = 0;
+                const char* end = key.data() + key.size();
+                if (digits != 0 && std::from_chars(key.data() + digits, end, set).ptr == end && set >= first) {
+                    m_splice.RemoveMember(attributes, member);
+                }
             }
         }
     }

@@ -29,6 +29,7 @@
 #include <QTableWidget>
 #include <QToolButton>
 #include <QTreeView>
+#include <QWindow>
 
 namespace {
 
@@ -145,8 +146,13 @@ TEST_F(DeskWindow, AltDragTakesModelsOutOfTheTool)
     desk->AddAllSkinnedModels();
     auto* const list = WidgetOf<QAbstractItemView>(Control<ZtListBox>("ModelListUI"));
     const QPoint row = list->visualRect(list->model()->index(0, 0)).center();
-    // A drag of the window system ends with the release that comes while it runs.
-    QTimer::singleShot(50, [] { QTest::keyClick(QApplication::focusWindow(), Qt::Key_Escape); });
+    // A drag of the window system runs until it is dropped or given up.
+    QTimer givesUp;
+    QObject::connect(&givesUp, &QTimer::timeout, [] {
+        if (QWindow* const focused = QApplication::focusWindow())
+            QTest::keyClick(focused, Qt::Key_Escape);
+    });
+    givesUp.start(50);
     QTest::mousePress(list->viewport(), Qt::LeftButton, Qt::AltModifier, row);
     const QPoint far = row + QPoint(40, 40);
     QMouseEvent move(QEvent::MouseMove, far, list->viewport()->mapToGlobal(far), Qt::NoButton, Qt::LeftButton, Qt::AltModifier);

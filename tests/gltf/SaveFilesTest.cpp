@@ -410,15 +410,10 @@ TEST(SaveFile, WhatSomeoneElseWroteIsSeen)
     EXPECT_TRUE(gltf::ChangedOnDisk(path, saved));
 }
 
-TEST(SaveFile, AGlbWithoutBinaryChunkGetsOneForItsFirstBytes)
+// A GLB of nothing but JSON.
+std::vector<std::uint8_t> GlbOf(const Json& json)
 {
-    GltfBuilder b = MakeValidCharacter();
-    for (auto& accessor : b.json["accessors"]) {
-        accessor.erase("bufferView");
-    }
-    b.json.erase("bufferViews");
-    b.Primitive().erase("indices");
-    std::string text = b.json.dump();
+    std::string text = json.dump();
     text.resize((text.size() + 3) / 4 * 4, ' ');
     std::vector<std::uint8_t> glb{'g', 'l', 'T', 'F', 2, 0, 0, 0};
     for (const std::size_t word : {20 + text.size(), text.size()}) {
@@ -429,12 +424,32 @@ TEST(SaveFile, AGlbWithoutBinaryChunkGetsOneForItsFirstBytes)
     for (const char c : "JSON" + text) {
         glb.push_back(static_cast<std::uint8_t>(c));
     }
-    const CharacterFile file = gltf::ReadCharacter(glb, "a.glb");
+    return glb;
+}
+
+TEST(SaveFile, AGlbWithoutBinaryChunkGetsOneForItsFirstBytes)
+{
+    GltfBuilder b = MakeValidCharacter();
+    for (auto& accessor : b.json["accessors"]) {
+        accessor.erase("bufferView");
+    }
+    b.json.erase("bufferViews");
+    b.Primitive().erase("indices");
+    const CharacterFile file = gltf::ReadCharacter(GlbOf(b.json), "a.glb");
     ASSERT_EQ(file.meshes[0].VertexCount(), 1u); // all at one place
     const TemporaryFolder folder;
     static_cast<void>(gltf::WriteCharacter(file, EditOf(file, 0.25, 0), {}, folder / "a.glb"));
     EXPECT_EQ(SavedWeight(folder / "a.glb", 0), 0.25);
     EXPECT_EQ(ReadRawGltf(folder / "a.glb").buffers.size(), 1u);
+}
+
+TEST(SaveFile, AGlbWhoseBuffersAreDataUrisGetsAnotherOne)
+{
+    const CharacterFile file = gltf::ReadCharacter(GlbOf(Json::parse(MakeValidCharacter().Text())), "a.glb");
+    const TemporaryFolder folder;
+    static_cast<void>(gltf::WriteCharacter(file, EditWithNewJoint(file), {}, folder / "a.glb"));
+    EXPECT_THAT(SavedWeight(folder / "a.glb"), Near(0.2));
+    EXPECT_EQ(ReadRawGltf(folder / "a.glb").buffers.size(), 2u);
 }
 
 } // namespace
