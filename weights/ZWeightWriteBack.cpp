@@ -221,10 +221,8 @@ void ZWeightUIModelData::ApplyManyVertexInfluences(std::span<const int> vertices
             continue;
         const VertexInfluencesView view = recordOf(static_cast<int>(index));
         named.Next();
-        for (int k = 0; k < view.count; ++k) {
+        for (int k = 0; k < view.count; ++k)
             named.Mark(view.links[k]);
-            skin.Set(view.links[k], vertex, static_cast<double>(view.weights[k]));
-        }
         // What the new record does not name ends at 0; what it names need not be 0 in between.
         for (const int link : record->links) {
             if (named.IsMarked(link))
@@ -232,6 +230,8 @@ void ZWeightUIModelData::ApplyManyVertexInfluences(std::span<const int> vertices
             skin.Set(link, vertex, 0.0);
             m_private->skinHoldsMore = true;
         }
+        for (int k = 0; k < view.count; ++k)
+            skin.Set(view.links[k], vertex, static_cast<double>(view.weights[k]));
         Copy(view, *record);
     }
 }

@@ -256,7 +256,10 @@ void FileRewrite::FinishGlb()
 {
     const GltfContainer& container = m_file.Container();
     const ByteSpan bytes = m_file.Bytes();
-    // The padding of the opened file is not part of its text; up to three spaces are just that.
+    // The padding of the opened file is not part of its text: zero bytes, and up to three spaces.
+    while (m_text.ends_with('\0')) {
+        m_text.pop_back();
+    }
     for (int i = 0; i < 3 && m_text.ends_with(' '); ++i) {
         m_text.pop_back();
     }

@@ -66,7 +66,12 @@ TEST(Glb, ZeroBytesBehindTheJsonArePadding)
     glb.insert(glb.begin() + static_cast<std::ptrdiff_t>(end), 4, 0);
     SetWord(glb, 12, Word(glb, 12) + 4);
     SetWord(glb, 8, Word(glb, 8) + 4);
-    EXPECT_EQ(RefusalOf(glb), "");
+    const gltf::CharacterFile file = gltf::ReadCharacter(glb, "tiny.glb");
+    gltf::CharacterEdits edits;
+    edits.addedJoints.push_back({0, 0, {}});
+    const TemporaryFolder folder;
+    static_cast<void>(gltf::WriteCharacter(file, edits, {}, folder / "tiny.glb"));
+    EXPECT_EQ(RefusalOf(ReadBytes(folder / "tiny.glb")), "");
 }
 
 TEST(Glb, AGlbNamedGltfIsReadByItsContent)
