@@ -26,7 +26,8 @@ const std::string& Folder()
 {
     static const std::string FOLDER = [] {
         const bool hasMemory = std::filesystem::is_directory("/dev/shm");
-        std::string pattern = (hasMemory ? std::filesystem::path("/dev/shm") : std::filesystem::temp_directory_path()) / "skindesk-fuzz-XXXXXX";
+        std::string pattern = (hasMemory ? std::filesystem::path("/dev/shm") : std::filesystem::temp_directory_path()) /
+                              "skindesk-fuzz-XXXXXX";
         Require(::mkdtemp(pattern.data()) != nullptr);
         return pattern;
     }();
@@ -69,8 +70,9 @@ void SaveAndReadAgain(const CharacterFile& file, int node, std::uint8_t choice)
 {
     const std::string path = Folder() + "/" + std::filesystem::path(file.path).filename().string();
     const Mesh& mesh = file.meshes[static_cast<std::size_t>(file.nodes[static_cast<std::size_t>(node)].mesh)];
-    const bool canEdit = mesh.VertexCount() > 0 &&
-                         !file.skins[static_cast<std::size_t>(file.nodes[static_cast<std::size_t>(node)].skin)].joints.empty();
+    const bool canEdit =
+        mesh.VertexCount() > 0 &&
+        !file.skins[static_cast<std::size_t>(file.nodes[static_cast<std::size_t>(node)].skin)].joints.empty();
     CharacterEdits edits;
     if (canEdit) {
         edits.models.push_back(EditedWeights(node, mesh));

@@ -21,10 +21,7 @@ namespace {
 constexpr char kToolPath[] = "UI/Tools";
 constexpr char kWeightStep[] = "Apply Weight Change";
 
-bool CanTake(const ZModel& model)
-{
-    return model.GetSkin() != nullptr && !model.IsHidden() && !model.IsLocked();
-}
+bool CanTake(const ZModel& model) { return model.GetSkin() != nullptr && !model.IsHidden() && !model.IsLocked(); }
 
 } // namespace
 
@@ -178,6 +175,9 @@ int ZDeskSession::AddAllSkinnedModels()
     else
         GlobalDragAndDrop_DropOn(list);
     AfterEvent();
+    ZReport_Status(count == 0
+                       ? "There is no skinned model that is shown and not locked"
+                       : "Dropped " + std::to_string(count) + (count == 1 ? " model" : " models") + " on the tool");
     return count;
 }
 
@@ -253,6 +253,7 @@ bool ZDeskSession::Undo()
 bool ZDeskSession::Redo()
 {
     const bool done = m_session.Redo();
+    m_steps = ZUndoStack::TheOne()->GetUndoCount(); // the session has said it
     AfterEvent();
     return done;
 }
@@ -264,11 +265,23 @@ void ZDeskSession::GoToStep(int count)
     }
     while (stack->GetUndoCount() < count && m_session.Redo()) {
     }
+    m_steps = stack->GetUndoCount();
     AfterEvent();
+}
+
+/// A step that was closed since the last event is what the last gesture did.
+void ZDeskSession::SayLastStep()
+{
+    const ZUndoStack* const stack = ZUndoStack::TheOne();
+    const int steps = stack->IsTransactionOpen() ? m_steps : stack->GetUndoCount();
+    if (steps > m_steps && stack->GetRedoCount() == 0)
+        ZReport_Status(StepName(stack->GetUndoNames().front()));
+    m_steps = steps;
 }
 
 void ZDeskSession::AfterEvent()
 {
+    SayLastStep();
     m_session.AfterEvent();
     ShowHeat();
     if (m_listener)

@@ -26,8 +26,8 @@ public:
 
     /// Opens a file and frames what came in. False with the sentence for the user in `*why`.
     bool Open(const std::string& path, std::string* why);
-    /// Saves the document `source` to `path`; unless it is a copy, that is where it is saved from now on. False with the
-    /// sentence in `*why`.
+    /// Saves the document `source` to `path`; unless it is a copy, that is where it is saved from now on. False with
+    /// the sentence in `*why`.
     bool Save(const std::string& source, const std::string& path, const ZSaveOptions& options, std::string* why);
     /// The path of the document that "save" means: the only one, or the one with the most recent edit; empty for none.
     std::string CurrentDocument();
@@ -48,15 +48,16 @@ public:
     /// Its name in the catalogue; empty while none is open.
     const std::string& OpenToolName() const { return m_toolName; }
     void CloseTool();
-    /// The list of the tool on which models are dropped: its first one with check marks that takes drops; null for none.
+    /// The list of the tool on which models are dropped: its first one with check marks that takes drops; null for
+    /// none.
     ZtListBox* ModelList() const;
     /// Drops every skinned model that is shown and not locked onto the tool's model list; how many were dropped.
     int AddAllSkinnedModels();
     /// Runs a menu command of the open tool; false when it does not know it.
     bool RunToolCommand(const char* command);
 
-    /// Colours every skinned model by the weights of one bone: the one that is selected in the scene, and the last one that
-    /// was while none is. Off, models have their own colours.
+    /// Colours every skinned model by the weights of one bone: the one that is selected in the scene, and the last one
+    /// that was while none is. Off, models have their own colours.
     void SetHeatMap(bool on);
     bool IsHeatMapOn() const { return m_heatMap; }
 
@@ -77,6 +78,7 @@ public:
 
 private:
     void ShowHeat();
+    void SayLastStep();
     const ZModel* SelectedBone();
 
     ZSession m_session;
@@ -85,6 +87,7 @@ private:
     std::string m_toolName;
     std::map<int, std::string> m_savedAs; ///< by document
     bool m_heatMap = false;
+    int m_steps = 0; ///< that could be undone after the last event
     HdlZPlug m_heatBone;
     bool m_edited = false; ///< a weight was changed since the start
     std::function<void()> m_listener;

@@ -16,7 +16,8 @@ namespace {
 constexpr char kPoseStep[] = "Pose ";
 constexpr char kClearStep[] = "Back to the file's pose";
 
-/// The posed transform of one model; undo and redo change it for the one kept here. A model that is gone is passed over.
+/// The posed transform of one model; undo and redo change it for the one kept here. A model that is gone is passed
+/// over.
 struct KeptPose
 {
     HdlZPlug handle;

@@ -7,11 +7,11 @@
 class ZModel;
 class ZScene;
 
-/// The local transform of a model as three numbers each: what the pose fields show. Rotation in degrees about X, then Y,
-/// then Z; a shear is dropped.
+/// The local transform of a model as three numbers each: what the pose fields show. Rotation in degrees about X, then
+/// Y, then Z; a shear is dropped.
 ZgeTRS ZPose_Get(const ZModel& model);
-/// Poses one model: its local transform becomes `pose`, as one step of the undo stack called "Pose NAME". A pose that the
-/// model has already makes no step. Poses are never saved into a file.
+/// Poses one model: its local transform becomes `pose`, as one step of the undo stack called "Pose NAME". A pose that
+/// the model has already makes no step. Poses are never saved into a file.
 void ZPose_Set(ZModel& model, const ZgeTRS& pose);
 /// Does any model of the scene stand in a pose made by hand?
 bool ZPose_IsPosed(const ZScene& scene);

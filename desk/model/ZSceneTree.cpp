@@ -19,7 +19,8 @@ void ZSceneTree::Rebuild(const ZScene& scene)
     }
     for (size_t row = 0; row < m_rows.size(); ++row) {
         const auto parent = rowOf.find(m_rows[row].model->GetParent());
-        std::vector<int>& siblings = parent == rowOf.end() ? m_top : m_rows[static_cast<size_t>(parent->second)].children;
+        std::vector<int>& siblings =
+            parent == rowOf.end() ? m_top : m_rows[static_cast<size_t>(parent->second)].children;
         m_rows[row].parent = parent == rowOf.end() ? -1 : parent->second;
         m_rows[row].place = static_cast<int>(siblings.size());
         siblings.push_back(static_cast<int>(row));

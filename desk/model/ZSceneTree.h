@@ -16,8 +16,8 @@ struct ZSceneRow
     std::vector<int> children;
 };
 
-/// Rows in the order of the scene. Built anew when models were added or deleted; names, hiding and locking are asked for at the
-/// model itself.
+/// Rows in the order of the scene. Built anew when models were added or deleted; names, hiding and locking are asked
+/// for at the model itself.
 class ZSceneTree
 {
 public:

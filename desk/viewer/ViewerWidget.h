@@ -16,9 +16,9 @@ struct ViewerContext
     std::function<void(const QString& path)> fileDropped;
 };
 
-/// A widget that shows the viewer and passes pointer and keys on: an OpenGL widget with a compatibility context where the
-/// window system has OpenGL, else a plain one that shows pictures drawn off screen. Dropped
-/// files are passed on; a model is dragged out of the viewer with Ctrl+Alt and the left button.
+/// A widget that shows the viewer and passes pointer and keys on: an OpenGL widget with a compatibility context where
+/// the window system has OpenGL, else a plain one that shows pictures drawn off screen. Dropped files are passed on; a
+/// model is dragged out of the viewer with Ctrl+Alt and the left button.
 QWidget* MakeViewerWidget(ZViewer& viewer, const ViewerContext& context, QWidget* parent);
 /// The surface format that the application must set before its first window.
 void SetViewerSurfaceFormat();

@@ -29,7 +29,8 @@ QString Words(const std::string& name)
     return words;
 }
 
-/// How far the label is from the control that it would name: above its left edge, or to the left of it. Far: not at all.
+/// How far the label is from the control that it would name: above its left edge, or to the left of it. Far: not at
+/// all.
 int LabelDistance(const ZtRect& label, const ZtRect& control)
 {
     const int above = control.y - (label.y + label.height);
@@ -121,7 +122,8 @@ void FormWidget::LabelControls()
         QString name = Words(control->View().GetObjectName());
         int nearest = kLabelReach;
         for (const ControlWidget* const label : labels)
-            if (const int distance = LabelDistance(label->View().GetRect(), control->View().GetRect()); distance < nearest) {
+            if (const int distance = LabelDistance(label->View().GetRect(), control->View().GetRect());
+                distance < nearest) {
                 nearest = distance;
                 name = QString::fromStdString(label->View().GetCaption()).remove(QLatin1Char(':')).trimmed();
             }
@@ -158,7 +160,8 @@ void FormWidget::OrderByPlace()
 
 QSize FormWidget::Scaled(const QSize& size) const
 {
-    return {static_cast<int>(std::lround(size.width() * m_scaleX)), static_cast<int>(std::lround(size.height() * m_scaleY))};
+    return {static_cast<int>(std::lround(size.width() * m_scaleX)),
+            static_cast<int>(std::lround(size.height() * m_scaleY))};
 }
 
 QSize FormWidget::MinimumUsefulSize()
@@ -172,7 +175,8 @@ QSize FormWidget::MinimumUsefulSize()
     int bottom = 0;
     for (const ZtView* const view : views)
         bottom = std::max(bottom, view->GetRect().y + view->GetRect().height);
-    m_layout.Arrange(std::max(1, static_cast<int>(width() / m_scaleX)), std::max(1, static_cast<int>(height() / m_scaleY)));
+    m_layout.Arrange(std::max(1, static_cast<int>(width() / m_scaleX)),
+                     std::max(1, static_cast<int>(height() / m_scaleY)));
     return Scaled({design.width() * kAcross / kOf, bottom});
 }
 
@@ -232,7 +236,8 @@ void FormWidget::Place(double scaleX, double scaleY)
     for (const auto& region : m_layout.GetRegions()) {
         const ZtRect& rect = region->rect;
         QRect place(static_cast<int>(std::lround(rect.x * scaleX)), static_cast<int>(std::lround(rect.y * scaleY)),
-                    static_cast<int>(std::lround(rect.width * scaleX)), static_cast<int>(std::lround(rect.height * scaleY)));
+                    static_cast<int>(std::lround(rect.width * scaleX)),
+                    static_cast<int>(std::lround(rect.height * scaleY)));
         if (const auto control = controlOf.find(region->view); control != controlOf.end()) {
             if (control->second->MayGrow())
                 place.setWidth(std::max(place.width(), control->second->NeededSize().width()));

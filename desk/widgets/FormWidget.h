@@ -12,7 +12,8 @@
 class ZtLayout;
 
 /// Shows a layout and everything in it. Regions are in pixels of a screen with letters 15 pixels high; they are widened
-/// with the font, and further where a caption would be cut. The layout must outlive the widget or be taken away with it.
+/// with the font, and further where a caption would be cut. The layout must outlive the widget or be taken away with
+/// it.
 class FormWidget : public QFrame
 {
     Q_OBJECT

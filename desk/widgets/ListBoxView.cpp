@@ -151,8 +151,9 @@ void ListBoxView::mouseReleaseEvent(QMouseEvent* event)
 bool ListBoxView::MovesCursor(QKeyEvent* event)
 {
     static constexpr std::pair<int, CursorAction> kMoves[] = {
-        {Qt::Key_Up, MoveUp},       {Qt::Key_Down, MoveDown}, {Qt::Key_PageUp, MovePageUp}, {Qt::Key_PageDown, MovePageDown},
-        {Qt::Key_Home, MoveHome},   {Qt::Key_End, MoveEnd}};
+        {Qt::Key_Up, MoveUp},         {Qt::Key_Down, MoveDown},
+        {Qt::Key_PageUp, MovePageUp}, {Qt::Key_PageDown, MovePageDown},
+        {Qt::Key_Home, MoveHome},     {Qt::Key_End, MoveEnd}};
     const auto* const move = std::find_if(std::begin(kMoves), std::end(kMoves),
                                           [event](const auto& entry) { return entry.first == event->key(); });
     if (move == std::end(kMoves))

@@ -10,9 +10,9 @@
 class ListBoxModel;
 class ZtListBox;
 
-/// A gesture on rows is shown while it lasts and becomes one event of the control when it ends: a click or a drag replaces
-/// the selection, with Ctrl it switches rows, with Shift it reaches from the last clicked row. Models are dropped on the
-/// list, and dragged out of it with the middle button or Alt and the left one.
+/// A gesture on rows is shown while it lasts and becomes one event of the control when it ends: a click or a drag
+/// replaces the selection, with Ctrl it switches rows, with Shift it reaches from the last clicked row. Models are
+/// dropped on the list, and dragged out of it with the middle button or Alt and the left one.
 class ListBoxView : public RowView
 {
     Q_OBJECT
@@ -33,7 +33,13 @@ protected:
     void startDrag(Qt::DropActions) override {}
 
 private:
-    enum class Gesture { None, Replace, Switch, Widen };
+    enum class Gesture
+    {
+        None,
+        Replace,
+        Switch,
+        Widen
+    };
 
     void Begin(int row, Qt::KeyboardModifiers modifiers);
     void Commit();

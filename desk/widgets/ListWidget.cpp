@@ -19,8 +19,8 @@ class ListWidget : public ControlWidget
 {
 public:
     ListWidget(ZtListBox& list, const ControlContext& context, QWidget* parent)
-        : ControlWidget(list), m_list(list), m_holder(new QWidget(parent)), m_model(new ListBoxModel(list, context, m_holder)),
-          m_view(new ListBoxView(list, *m_model, context, m_holder))
+        : ControlWidget(list), m_list(list), m_holder(new QWidget(parent)),
+          m_model(new ListBoxModel(list, context, m_holder)), m_view(new ListBoxView(list, *m_model, context, m_holder))
     {
         auto* const column = new QVBoxLayout(m_holder);
         column->setContentsMargins(0, 0, 0, 0);
@@ -58,8 +58,8 @@ private:
         return filter;
     }
 
-    /// The selection model only tells screen readers; the view paints from the control. A selection in very many runs of
-    /// rows would cost it time in proportion to their square, so that it is left out.
+    /// The selection model only tells screen readers; the view paints from the control. A selection in very many runs
+    /// of rows would cost it time in proportion to their square, so that it is left out.
     void MirrorSelection()
     {
         const std::optional<QItemSelection> runs = Runs();

@@ -10,8 +10,8 @@
 
 class ZtListBox;
 
-/// The rows of a list box as an item model. It keeps no texts. With a filter, only the rows whose text holds it (without
-/// regard to case) are shown; then all texts are asked for once at every change of the list.
+/// The rows of a list box as an item model. It keeps no texts. With a filter, only the rows whose text holds it
+/// (without regard to case) are shown; then all texts are asked for once at every change of the list.
 class ListBoxModel : public QAbstractListModel
 {
     Q_OBJECT

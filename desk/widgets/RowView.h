@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// A list view whose rows all have one height, so that it keeps nothing for a row and a million of them cost as much as ten.
+// A list view whose rows all have one height, so that it keeps nothing for a row and a million of them cost as much as
+// ten.
 #pragma once
 
 #include <QListView>

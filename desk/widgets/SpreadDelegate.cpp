@@ -53,7 +53,8 @@ void SpreadDelegate::PaintSlider(QPainter& painter, const QStyleOptionViewItem& 
     const QRect track = Track(option.rect);
     const int reach = static_cast<int>(std::lround(part * track.width()));
     painter.fillRect(track, option.palette.color(QPalette::Mid));
-    painter.fillRect(QRect(track.left(), track.top(), reach, track.height()), option.palette.color(QPalette::Highlight));
+    painter.fillRect(QRect(track.left(), track.top(), reach, track.height()),
+                     option.palette.color(QPalette::Highlight));
     painter.fillRect(QRect(track.left() + reach - kGrip / 2, option.rect.top() + 2, kGrip, option.rect.height() - 4),
                      option.palette.color(QPalette::ButtonText));
     if (option.state.testFlag(QStyle::State_HasFocus)) {
@@ -65,7 +66,7 @@ void SpreadDelegate::PaintSlider(QPainter& painter, const QStyleOptionViewItem& 
 void SpreadDelegate::PaintCheck(QPainter& painter, const QStyleOptionViewItem& option, bool checked) const
 {
     QStyleOptionViewItem panel = option;
-    initStyleOption(&panel, {});
+    panel.backgroundBrush = {};
     const QWidget* const widget = option.widget;
     const QStyle* const style = widget != nullptr ? widget->style() : QApplication::style();
     style->drawControl(QStyle::CE_ItemViewItem, &panel, &painter, widget);
@@ -113,8 +114,8 @@ bool SpreadDelegate::editorEvent(QEvent* event, QAbstractItemModel* model, const
     const QVariant check = index.data(Qt::CheckStateRole);
     if (!check.isValid() || !(index.flags() & Qt::ItemIsUserCheckable))
         return QStyledItemDelegate::editorEvent(event, model, option, index);
-    const bool clicked = event->type() == QEvent::MouseButtonRelease &&
-                         static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton;
+    const bool clicked =
+        event->type() == QEvent::MouseButtonRelease && static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton;
     const bool typed = event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Space;
     if (!clicked && !typed)
         return false;

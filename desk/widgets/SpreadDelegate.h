@@ -4,8 +4,8 @@
 
 #include <QStyledItemDelegate>
 
-/// Sliders are bars with a grip, check marks stand in the middle of their cells, numbers are typed in place with a decimal
-/// point or the comma of the user's language.
+/// Sliders are bars with a grip, check marks stand in the middle of their cells, numbers are typed in place with a
+/// decimal point or the comma of the user's language.
 class SpreadDelegate : public QStyledItemDelegate
 {
     Q_OBJECT

@@ -131,15 +131,28 @@ public:
             m_view->selectionModel()->setCurrentIndex(again, QItemSelectionModel::ClearAndSelect);
         const double scale = std::max(1.0, m_view->fontMetrics().height() / kDesignFontHeight);
         m_view->verticalHeader()->setFixedWidth(static_cast<int>(m_spread.GetRowLabelWidth() * scale));
-        for (size_t i = 0; i < m_spread.GetColumns().size(); ++i)
-            m_view->setColumnWidth(static_cast<int>(i), ColumnWidth(m_spread.GetColumns()[i], scale));
+        int widest = 0;
+        for (int i = 0; i < m_model->columnCount(); ++i) {
+            m_view->setColumnWidth(i, ColumnWidth(m_spread.GetColumns()[static_cast<size_t>(i)], scale));
+            widest = m_view->columnWidth(i) > m_view->columnWidth(widest) ? i : widest;
+        }
+        ShareRoom(widest);
     }
 
 private:
+    /// Room to the right of the columns goes to the widest one: the longer a slider, the finer it is.
+    void ShareRoom(int widest)
+    {
+        QHeaderView& header = *m_view->horizontalHeader();
+        for (int i = 0; i < m_model->columnCount(); ++i)
+            header.setSectionResizeMode(i, i == widest ? QHeaderView::Stretch : QHeaderView::Interactive);
+    }
+
     int ColumnWidth(const ZtSpreadColumn& column, double scale) const
     {
         constexpr int kHeaderFrame = 10;
-        const int title = m_view->horizontalHeader()->fontMetrics().horizontalAdvance(QString::fromStdString(column.name));
+        const int title =
+            m_view->horizontalHeader()->fontMetrics().horizontalAdvance(QString::fromStdString(column.name));
         return std::max(static_cast<int>(column.width * scale), title + kHeaderFrame);
     }
 

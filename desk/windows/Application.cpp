@@ -13,7 +13,9 @@
 #include <QStandardPaths>
 #include <QTimer>
 
+#include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <optional>
 #include <string>
@@ -21,11 +23,12 @@
 
 namespace {
 
-constexpr char kUsage[] = "skindesk [FILE]...          opens the desk on FILEs (.glb or .gltf)\n"
-                          "  --screenshot PICTURE      opens FILEs, adds all skinned models, saves a picture of the window, ends\n"
-                          "  --version                 names the version\n"
-                          "  --help                    this text\n";
-constexpr char kVersion[] = "0.1.0";
+constexpr char kUsage[] =
+    "skindesk [FILE]...          opens the desk on FILEs (.glb or .gltf)\n"
+    "  --screenshot PICTURE      opens FILEs, adds all skinned models, saves a picture of the window, ends\n"
+    "  --version                 names the version\n"
+    "  --help                    this text\n";
+constexpr char kVersion[] = SKINDESK_VERSION;
 
 struct CommandLine
 {
@@ -82,6 +85,14 @@ std::vector<std::string> OwnArguments(int argc, char** argv)
     return own;
 }
 
+/// Without a display Qt would end the process in the middle of its start.
+bool HasDisplay(int argc, char** argv)
+{
+    const auto isPlatform = [](const char* argument) { return std::strcmp(argument, "-platform") == 0; };
+    return std::any_of(argv, argv + argc, isPlatform) || std::getenv("QT_QPA_PLATFORM") != nullptr ||
+           std::getenv("DISPLAY") != nullptr || std::getenv("WAYLAND_DISPLAY") != nullptr;
+}
+
 /// Lets the window paint itself, then saves it.
 int SaveWindow(MainWindow& window, ZDeskSession& desk, const std::string& path)
 {
@@ -103,6 +114,8 @@ int RunDesk(int argc, char** argv)
     const CommandLine line = Read(OwnArguments(argc, argv));
     if (line.ended)
         return *line.ended;
+    if (!HasDisplay(argc, argv))
+        return Refuse("there is no display to open a window on (DISPLAY and WAYLAND_DISPLAY are not set)");
     SetViewerSurfaceFormat();
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Skindesk"));

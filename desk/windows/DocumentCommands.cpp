@@ -22,7 +22,10 @@ QString FileName(const QString& path) { return QFileInfo(path).fileName(); }
 
 } // namespace
 
-DocumentCommands::DocumentCommands(ZDeskSession& desk, QWidget* window) : QObject(window), m_desk(desk), m_window(window) {}
+DocumentCommands::DocumentCommands(ZDeskSession& desk, QWidget* window)
+    : QObject(window), m_desk(desk), m_window(window)
+{
+}
 
 void DocumentCommands::Complain(const QString& title, const std::string& sentence)
 {
@@ -127,7 +130,9 @@ void DocumentCommands::SaveCopyForExport()
     if (dialog.exec() != QDialog::Accepted)
         return;
     const QFileInfo info(source);
-    const QString path = AskSavePath(tr("Save a Copy for Export"), QStringLiteral("%1/%2-export.%3").arg(info.path(), info.completeBaseName(), info.suffix()));
+    const QString path =
+        AskSavePath(tr("Save a Copy for Export"),
+                    QStringLiteral("%1/%2-export.%3").arg(info.path(), info.completeBaseName(), info.suffix()));
     if (path.isEmpty())
         return;
     ZSaveOptions options;
@@ -138,7 +143,8 @@ void DocumentCommands::SaveCopyForExport()
 
 void DocumentCommands::SaveScreenshot()
 {
-    const QString path = QFileDialog::getSaveFileName(m_window, tr("Screenshot"), Preferences::LastFolder() + QStringLiteral("/screenshot.png"),
+    const QString path = QFileDialog::getSaveFileName(m_window, tr("Screenshot"),
+                                                      Preferences::LastFolder() + QStringLiteral("/screenshot.png"),
                                                       tr("Pictures (*.png *.jpg)"));
     QString why;
     if (path.isEmpty())
@@ -153,7 +159,8 @@ void DocumentCommands::ExportWeights()
 {
     if (!HasDocument())
         return;
-    const QString path = QFileDialog::getSaveFileName(m_window, tr("Export Weights"), Preferences::LastFolder() + QStringLiteral("/weights.csv"), WeightTables());
+    const QString path = QFileDialog::getSaveFileName(
+        m_window, tr("Export Weights"), Preferences::LastFolder() + QStringLiteral("/weights.csv"), WeightTables());
     if (path.isEmpty())
         return;
     try {
@@ -168,7 +175,8 @@ void DocumentCommands::ImportWeights()
 {
     if (!HasDocument())
         return;
-    const QString path = QFileDialog::getOpenFileName(m_window, tr("Import Weights"), Preferences::LastFolder(), WeightTables());
+    const QString path =
+        QFileDialog::getOpenFileName(m_window, tr("Import Weights"), Preferences::LastFolder(), WeightTables());
     if (path.isEmpty())
         return;
     try {

@@ -17,7 +17,7 @@
 namespace {
 constexpr int kUsualInfluences = 4;
 constexpr int kMostInfluences = 16;
-}
+} // namespace
 
 ExportDialog::ExportDialog(ZDeskSession& desk, const QString& source, QWidget* parent)
     : QDialog(parent), m_desk(desk), m_source(source), m_most(new QSpinBox(this)), m_lines(new QTableWidget(this)),
@@ -82,7 +82,8 @@ void ExportDialog::Report()
     if (m_lines->rowCount() == 0)
         m_sum->setText(tr("No vertex has more influences: nothing is dropped."));
     else
-        m_sum->setText(tr("%1 of weight are dropped in all; the influences that stay are brought back to a sum of one. The "
-                          "character on the desk keeps them.")
-                           .arg(QLocale().toString(dropped, 'f', 4)));
+        m_sum->setText(
+            tr("%1 of weight are dropped in all; the influences that stay are brought back to a sum of one. The "
+               "character on the desk keeps them.")
+                .arg(QLocale().toString(dropped, 'f', 4)));
 }

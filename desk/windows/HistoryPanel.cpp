@@ -11,15 +11,20 @@ HistoryPanel::HistoryPanel(ZDeskSession& desk, QWidget* parent) : QListWidget(pa
 {
     setObjectName(QStringLiteral("HistoryList"));
     setAccessibleName(tr("History"));
-    connect(this, &QListWidget::itemActivated, this, [this](QListWidgetItem* item) { m_desk.GoToStep(row(item)); });
-    connect(this, &QListWidget::itemClicked, this, [this](QListWidgetItem* item) { m_desk.GoToStep(row(item)); });
+    // Going to a step fills the list anew: where a single click activates as well, the item is gone by then.
+    const auto go = [this](QListWidgetItem* item) {
+        if (item != nullptr)
+            m_desk.GoToStep(row(item));
+    };
+    connect(this, &QListWidget::itemActivated, this, go);
+    connect(this, &QListWidget::itemClicked, this, go);
     Sync();
 }
 
 void HistoryPanel::Sync()
 {
     const ZUndoStack& stack = *ZUndoStack::TheOne();
-    if (m_shown == stack.GetChangeCount() || stack.IsTransactionOpen())
+    if (!isVisible() || m_shown == stack.GetChangeCount() || stack.IsTransactionOpen())
         return;
     m_shown = stack.GetChangeCount();
     const QSignalBlocker quiet(this);
@@ -34,4 +39,10 @@ void HistoryPanel::Sync()
     }
     setCurrentRow(static_cast<int>(undo.size()));
     scrollToItem(currentItem());
+}
+
+void HistoryPanel::showEvent(QShowEvent* event)
+{
+    QListWidget::showEvent(event);
+    Sync();
 }

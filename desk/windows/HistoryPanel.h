@@ -12,7 +12,11 @@ class HistoryPanel : public QListWidget
     Q_OBJECT
 public:
     HistoryPanel(ZDeskSession& desk, QWidget* parent);
+    /// Fills the list when it is seen; a hidden one costs nothing, however long the history.
     void Sync();
+
+protected:
+    void showEvent(QShowEvent* event) override;
 
 private:
     ZDeskSession& m_desk;

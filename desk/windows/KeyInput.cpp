@@ -20,7 +20,8 @@ constexpr int kKeyEscape = 27;
 
 bool TakesText(const QWidget* widget)
 {
-    return qobject_cast<const QLineEdit*>(widget) != nullptr || qobject_cast<const QAbstractSpinBox*>(widget) != nullptr ||
+    return qobject_cast<const QLineEdit*>(widget) != nullptr ||
+           qobject_cast<const QAbstractSpinBox*>(widget) != nullptr ||
            qobject_cast<const QTextEdit*>(widget) != nullptr || qobject_cast<const QPlainTextEdit*>(widget) != nullptr;
 }
 
@@ -45,7 +46,8 @@ int KeyInput::KeyCode(int qtKey)
 bool KeyInput::IsOurs(const QObject* watched, const QKeyEvent& event) const
 {
     const auto* const widget = qobject_cast<const QWidget*>(watched);
-    if (widget == nullptr || QApplication::activePopupWidget() != nullptr || QApplication::activeModalWidget() != nullptr)
+    if (widget == nullptr || QApplication::activePopupWidget() != nullptr ||
+        QApplication::activeModalWidget() != nullptr)
         return false;
     if (event.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier))
         return false;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Keys without a modifier of the platform's shortcuts go to the viewer and the tools, from wherever in the window the focus
-// is, unless something there takes text.
+// Keys without a modifier of the platform's shortcuts go to the viewer and the tools, from wherever in the window the
+// focus is, unless something there takes text.
 #pragma once
 
 #include <QObject>

@@ -31,7 +31,8 @@
 namespace {
 constexpr int kFirstWidth = 1440, kFirstHeight = 940;
 constexpr int kSceneWidth = 240;
-}
+constexpr int kLowScreen = 880; ///< on a screen lower than this, the docks at the left share one place
+} // namespace
 
 MainWindow::MainWindow(ZDeskSession& desk, QWidget* parent)
     : QMainWindow(parent), m_desk(desk), m_messages(std::make_unique<MessageBoxes>(this)),
@@ -120,8 +121,11 @@ void MainWindow::BuildDocks()
     QDockWidget* const pose = AddDock("PoseDock", tr("Pose"), m_pose, Qt::LeftDockWidgetArea);
     m_history = new HistoryPanel(m_desk, this);
     QDockWidget* const history = AddDock("HistoryDock", tr("History"), m_history, Qt::LeftDockWidgetArea);
+    const bool low = screen()->availableSize().height() < kLowScreen;
+    if (low)
+        tabifyDockWidget(scene, pose);
     tabifyDockWidget(pose, history);
-    pose->raise();
+    (low ? scene : pose)->raise();
     resizeDocks({scene}, {kSceneWidth}, Qt::Horizontal);
 }
 
@@ -139,7 +143,8 @@ void MainWindow::RestoreLayout()
 /// The tool gets the height that it asks for, as far as half of the window.
 void MainWindow::ShareHeight()
 {
-    const int wanted = std::min(m_tool->WantedHeight() + m_tool->style()->pixelMetric(QStyle::PM_TitleBarHeight), height() / 2);
+    const int wanted =
+        std::min(m_tool->WantedHeight() + m_tool->style()->pixelMetric(QStyle::PM_TitleBarHeight), height() / 2);
     if (wanted > 0)
         resizeDocks({m_tool}, {wanted}, Qt::Vertical);
     auto* const scene = findChild<QDockWidget*>(QStringLiteral("SceneDock"));
@@ -163,6 +168,7 @@ void MainWindow::ResetLayout()
         dock->show();
     ShareHeight();
     findChild<QDockWidget*>(QStringLiteral("PoseDock"))->raise();
+    findChild<QDockWidget*>(QStringLiteral("SceneDock"))->raise();
 }
 
 FormWidget* MainWindow::ToolForm() const { return m_tool->Form(); }

@@ -84,6 +84,7 @@ private:
     QMenu* m_recent = nullptr;
     QAction* m_undo = nullptr;
     QAction* m_redo = nullptr;
+    long m_menusShow = -1; ///< the history's change count when undo and redo were last named
     QByteArray m_firstLayout;
     bool m_hasOwnLayout = false; ///< the layout of an earlier start was restored
     bool m_shown = false;

@@ -63,7 +63,8 @@ void MainWindow::BuildFileMenu()
     AddCommand(menu, "FileCloseAll", tr("&Close All Files"), QKeySequence::Close, [this] { m_documents->CloseAll(); });
     menu->addSeparator();
     AddCommand(menu, "FileSave", tr("&Save"), QKeySequence::Save, [this] { m_documents->Save(); });
-    AddCommand(menu, "FileSaveAs", tr("Save &As..."), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S), [this] { m_documents->SaveAs(); });
+    AddCommand(menu, "FileSaveAs", tr("Save &As..."), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S),
+               [this] { m_documents->SaveAs(); });
     AddCommand(menu, "FileExport", tr("Save a Copy for &Export..."), QKeySequence(Qt::CTRL | Qt::Key_E),
                [this] { m_documents->SaveCopyForExport(); });
     menu->addSeparator();
@@ -128,21 +129,23 @@ void MainWindow::BuildViewMenu()
     menu->addSeparator();
     auto* const shadings = new QActionGroup(this);
     const auto shading = [&](const char* name, const QString& text, Qt::Key key, ZShading meant) {
-        QAction* const action =
-            AddSwitch(menu, name, text, QKeySequence(Qt::CTRL | key), viewer.GetShading() == meant, [&viewer, meant](bool on) {
-                if (on)
-                    viewer.SetShading(meant);
-            });
+        QAction* const action = AddSwitch(menu, name, text, QKeySequence(Qt::CTRL | key), viewer.GetShading() == meant,
+                                          [&viewer, meant](bool on) {
+                                              if (on)
+                                                  viewer.SetShading(meant);
+                                          });
         shadings->addAction(action);
     };
     shading("ViewShaded", tr("&Shaded"), Qt::Key_1, ZShading::Shaded);
     shading("ViewWire", tr("&Wire"), Qt::Key_2, ZShading::Wire);
     shading("ViewShadedWire", tr("Shaded w&ith Wire"), Qt::Key_3, ZShading::ShadedWire);
     menu->addSeparator();
-    AddSwitch(menu, "ViewBones", tr("&Bones"), QKeySequence(Qt::CTRL | Qt::Key_B), viewer.GetShowBones(), [&viewer](bool on) { viewer.SetShowBones(on); });
-    AddSwitch(menu, "ViewGrid", tr("&Grid"), QKeySequence(Qt::CTRL | Qt::Key_G), viewer.GetShowGrid(), [&viewer](bool on) { viewer.SetShowGrid(on); });
-    AddSwitch(menu, "ViewHeatMap", tr("&Heat Map of the Selected Bone"), QKeySequence(Qt::CTRL | Qt::Key_H), m_desk.IsHeatMapOn(),
-              [this](bool on) { m_desk.SetHeatMap(on); });
+    AddSwitch(menu, "ViewBones", tr("&Bones"), QKeySequence(Qt::CTRL | Qt::Key_B), viewer.GetShowBones(),
+              [&viewer](bool on) { viewer.SetShowBones(on); });
+    AddSwitch(menu, "ViewGrid", tr("&Grid"), QKeySequence(Qt::CTRL | Qt::Key_G), viewer.GetShowGrid(),
+              [&viewer](bool on) { viewer.SetShowGrid(on); });
+    AddSwitch(menu, "ViewHeatMap", tr("&Heat Map of the Selected Bone"), QKeySequence(Qt::CTRL | Qt::Key_H),
+              m_desk.IsHeatMapOn(), [this](bool on) { m_desk.SetHeatMap(on); });
     menu->addSeparator();
     for (QDockWidget* const dock : findChildren<QDockWidget*>())
         menu->addAction(dock->toggleViewAction());
@@ -157,7 +160,8 @@ void MainWindow::BuildToolsMenu()
         AddCommand(menu, ("Tool" + entry.name).c_str(), QString::fromStdString(entry.description), {},
                    [this, name = entry.name] { OpenTool(name); });
     menu->addSeparator();
-    AddCommand(menu, "ToolsAddAll", tr("&Add All Skinned Models"), QKeySequence(Qt::CTRL | Qt::Key_D), [this] { m_desk.AddAllSkinnedModels(); });
+    AddCommand(menu, "ToolsAddAll", tr("&Add All Skinned Models"), QKeySequence(Qt::CTRL | Qt::Key_D),
+               [this] { m_desk.AddAllSkinnedModels(); });
     AddCommand(menu, "ToolsClearVertexLists", QCoreApplication::translate("MainWindow", kClearVertexLists), {},
                [this] { m_desk.RunToolCommand(kClearVertexLists); });
 }
@@ -165,7 +169,8 @@ void MainWindow::BuildToolsMenu()
 void MainWindow::BuildHelpMenu()
 {
     QMenu* const menu = menuBar()->addMenu(tr("&Help"));
-    AddCommand(menu, "HelpFirstEdit", tr("A &First Edit"), QKeySequence::HelpContents, [this] { ShowFirstEditHelp(this); });
+    AddCommand(menu, "HelpFirstEdit", tr("A &First Edit"), QKeySequence::HelpContents,
+               [this] { ShowFirstEditHelp(this); });
     AddCommand(menu, "HelpKeys", tr("&Keys and Buttons"), {}, [this] { ShowKeysHelp(this); });
     AddCommand(menu, "HelpWarnings", tr("&Warnings"), {}, [this] { m_status->ShowWarnings(); });
     menu->addSeparator();
@@ -174,12 +179,15 @@ void MainWindow::BuildHelpMenu()
 
 void MainWindow::SyncMenus()
 {
+    const ZUndoStack& stack = *ZUndoStack::TheOne();
+    if (m_menusShow == stack.GetChangeCount())
+        return;
+    m_menusShow = stack.GetChangeCount();
     const auto show = [](QAction* action, const QString& plain, const std::vector<std::string>& names) {
         action->setEnabled(!names.empty());
         const QString name = names.empty() ? QString() : QString::fromStdString(ZDeskSession::StepName(names.front()));
         action->setText(name.isEmpty() ? plain : plain + QLatin1Char(' ') + name);
     };
-    const ZUndoStack& stack = *ZUndoStack::TheOne();
     show(m_undo, tr("&Undo"), stack.GetUndoNames());
     show(m_redo, tr("&Redo"), stack.GetRedoNames());
 }

@@ -4,8 +4,8 @@
 
 class QWidget;
 
-/// While it lives, message boxes of the host and its tools are modal dialogs over `window`, with their own titles, texts and
-/// buttons. Escape answers the last button, the safe one.
+/// While it lives, message boxes of the host and its tools are modal dialogs over `window`, with their own titles,
+/// texts and buttons. Escape answers the last button, the safe one.
 class MessageBoxes
 {
 public:

@@ -37,7 +37,8 @@ double& Component(ZgeTRS& pose, int number)
 } // namespace
 
 PosePanel::PosePanel(ZDeskSession& desk, QWidget* parent)
-    : QWidget(parent), m_desk(desk), m_name(new QLabel(this)), m_back(new QPushButton(tr("Back to the file's pose"), this))
+    : QWidget(parent), m_desk(desk), m_name(new QLabel(this)),
+      m_back(new QPushButton(tr("Back to the file's pose"), this))
 {
     auto* const grid = new QGridLayout(this);
     grid->setContentsMargins(6, 4, 6, 6);
@@ -106,7 +107,8 @@ void PosePanel::Change(int number, double value)
 void PosePanel::Sync()
 {
     const ZModel* const model = Selected();
-    m_name->setText(model != nullptr ? QString::fromUtf8(model->GetObjectLabelName()) : tr("Select a bone in the scene"));
+    m_name->setText(model != nullptr ? QString::fromUtf8(model->GetObjectLabelName())
+                                     : tr("Select a bone in the scene"));
     // The same rotation can be told in several ways: what the user typed stays as long as it is still true.
     if (model == nullptr)
         m_pose = ZgeTRS();

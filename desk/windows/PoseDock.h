@@ -14,8 +14,8 @@ class QPushButton;
 class ZDeskSession;
 class ZModel;
 
-/// Fields for the rotation and translation of the first selected model of the scene. Each change is one undo step; poses are
-/// never saved into the file.
+/// Fields for the rotation and translation of the first selected model of the scene. Each change is one undo step;
+/// poses are never saved into the file.
 class PosePanel : public QWidget
 {
     Q_OBJECT

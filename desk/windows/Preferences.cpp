@@ -10,7 +10,8 @@ namespace {
 
 QSettings Settings()
 {
-    return QSettings(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("Skindesk"), QStringLiteral("Skindesk"));
+    return QSettings(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("Skindesk"),
+                     QStringLiteral("Skindesk"));
 }
 
 } // namespace
@@ -31,7 +32,8 @@ void Preferences::ClearRecentFiles() { Settings().remove(QStringLiteral("recentF
 Preferences::Layout Preferences::LastLayout()
 {
     const QSettings settings = Settings();
-    return {settings.value(QStringLiteral("layout/geometry")).toByteArray(), settings.value(QStringLiteral("layout/state")).toByteArray()};
+    return {settings.value(QStringLiteral("layout/geometry")).toByteArray(),
+            settings.value(QStringLiteral("layout/state")).toByteArray()};
 }
 
 void Preferences::SetLastLayout(const Layout& layout)
@@ -46,8 +48,14 @@ bool Preferences::Choice(const QString& name, bool otherwise)
     return Settings().value(QStringLiteral("choices/") + name, otherwise).toBool();
 }
 
-void Preferences::SetChoice(const QString& name, bool on) { Settings().setValue(QStringLiteral("choices/") + name, on); }
+void Preferences::SetChoice(const QString& name, bool on)
+{
+    Settings().setValue(QStringLiteral("choices/") + name, on);
+}
 
-QString Preferences::LastFolder() { return Settings().value(QStringLiteral("lastFolder"), QDir::homePath()).toString(); }
+QString Preferences::LastFolder()
+{
+    return Settings().value(QStringLiteral("lastFolder"), QDir::homePath()).toString();
+}
 
 void Preferences::SetLastFolder(const QString& folder) { Settings().setValue(QStringLiteral("lastFolder"), folder); }

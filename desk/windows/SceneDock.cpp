@@ -21,7 +21,7 @@
 namespace {
 constexpr int kToggleWidth = 26;
 constexpr int kMostOpenRows = 300; ///< a scene of no more rows than this is shown opened
-}
+} // namespace
 
 SceneTreeView::SceneTreeView(ZDeskSession& desk, QWidget* parent)
     : QTreeView(parent), m_desk(desk), m_model(new SceneTreeModel(desk, this))
@@ -142,14 +142,17 @@ void SceneTreeView::contextMenuEvent(QContextMenuEvent* event)
         m_desk.Session().GetViewer().Frame(models);
         m_desk.AfterEvent();
     });
-    menu.addAction(hide ? tr("Hide") : tr("Show"), this, [this, hide] { ForSelected([hide](ZModel& m) { m.SetHidden(hide); }); });
-    menu.addAction(lock ? tr("Lock") : tr("Unlock"), this, [this, lock] { ForSelected([lock](ZModel& m) { m.SetLocked(lock); }); });
+    menu.addAction(hide ? tr("Hide") : tr("Show"), this,
+                   [this, hide] { ForSelected([hide](ZModel& m) { m.SetHidden(hide); }); });
+    menu.addAction(lock ? tr("Lock") : tr("Unlock"), this,
+                   [this, lock] { ForSelected([lock](ZModel& m) { m.SetLocked(lock); }); });
     menu.addSeparator();
     menu.addAction(tr("Delete from the scene..."), this, [this, models] {
-        const QString question = models.size() == 1 ? tr("Delete %1 from the scene? This cannot be undone; the file keeps it.")
-                                                          .arg(QString::fromUtf8(models.front()->GetObjectLabelName()))
-                                                    : tr("Delete %1 models from the scene? This cannot be undone; the file keeps them.")
-                                                          .arg(models.size());
+        const QString question =
+            models.size() == 1
+                ? tr("Delete %1 from the scene? This cannot be undone; the file keeps it.")
+                      .arg(QString::fromUtf8(models.front()->GetObjectLabelName()))
+                : tr("Delete %1 models from the scene? This cannot be undone; the file keeps them.").arg(models.size());
         if (QMessageBox::question(this, tr("Delete"), question) != QMessageBox::Yes)
             return;
         for (ZModel* const model : models)

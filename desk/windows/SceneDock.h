@@ -16,7 +16,13 @@ class SceneTreeModel : public QAbstractItemModel
 {
     Q_OBJECT
 public:
-    enum Column { kName, kShown, kLocked, kColumnCount };
+    enum Column
+    {
+        kName,
+        kShown,
+        kLocked,
+        kColumnCount
+    };
 
     SceneTreeModel(ZDeskSession& desk, QObject* parent);
     QModelIndex index(int row, int column, const QModelIndex& parent = {}) const override;

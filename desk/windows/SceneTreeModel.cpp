@@ -25,7 +25,8 @@ bool SceneTreeModel::BringUpToDate()
 
 QModelIndex SceneTreeModel::IndexOf(int row) const
 {
-    return row < 0 ? QModelIndex() : createIndex(m_tree.GetRows()[static_cast<size_t>(row)].place, kName, quintptr(row));
+    return row < 0 ? QModelIndex()
+                   : createIndex(m_tree.GetRows()[static_cast<size_t>(row)].place, kName, quintptr(row));
 }
 
 QModelIndex SceneTreeModel::index(int row, int column, const QModelIndex& parent) const
@@ -109,7 +110,9 @@ QVariant SceneTreeModel::headerData(int section, Qt::Orientation orientation, in
     if (role == Qt::DisplayRole && section == kName)
         return tr("Name");
     if (role == Qt::ToolTipRole)
-        return section == kShown ? tr("Shown or hidden") : section == kLocked ? tr("Locked or free") : tr("Nodes, models and bones");
+        return section == kShown    ? tr("Shown or hidden")
+               : section == kLocked ? tr("Locked or free")
+                                    : tr("Nodes, models and bones");
     return {};
 }
 

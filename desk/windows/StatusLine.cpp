@@ -50,7 +50,8 @@ void StatusLine::ShowWarnings()
     QDialog dialog(this);
     dialog.setWindowTitle(tr("Warnings"));
     auto* const column = new QVBoxLayout(&dialog);
-    auto* const text = new QPlainTextEdit(m_warnings.isEmpty() ? tr("There were no warnings.") : m_warnings.join(QLatin1Char('\n')));
+    auto* const text =
+        new QPlainTextEdit(m_warnings.isEmpty() ? tr("There were no warnings.") : m_warnings.join(QLatin1Char('\n')));
     text->setReadOnly(true);
     text->setAccessibleName(tr("Warnings"));
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close);

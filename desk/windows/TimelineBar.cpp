@@ -18,12 +18,12 @@
 namespace {
 constexpr int kFrameMilliseconds = 16;
 constexpr double kStepsPerSecond = 1000;
-}
+} // namespace
 
 TimelineBar::TimelineBar(ZDeskSession& desk, QWidget* parent)
     : QWidget(parent), m_desk(desk), m_toStart(new QToolButton(this)), m_play(new QToolButton(this)),
-      m_scrub(new QSlider(Qt::Horizontal, this)), m_time(new QDoubleSpinBox(this)), m_loop(new QCheckBox(tr("Loop"), this)),
-      m_animation(new QComboBox(this))
+      m_scrub(new QSlider(Qt::Horizontal, this)), m_time(new QDoubleSpinBox(this)),
+      m_loop(new QCheckBox(tr("Loop"), this)), m_animation(new QComboBox(this))
 {
     Build();
     connect(m_toStart, &QToolButton::clicked, this, [this] { SetTime(0); });
@@ -85,7 +85,8 @@ void TimelineBar::FillAnimations()
     QStringList names{tr("Rest pose")};
     const auto& animations = m_desk.Session().GetScene().GetAnimations();
     for (size_t i = 0; i < animations.size(); ++i)
-        names += animations[i]->name.empty() ? tr("Animation %1").arg(i + 1) : QString::fromStdString(animations[i]->name);
+        names +=
+            animations[i]->name.empty() ? tr("Animation %1").arg(i + 1) : QString::fromStdString(animations[i]->name);
     if (names == m_names)
         return;
     m_names = names;
@@ -104,8 +105,9 @@ void TimelineBar::Sync()
     const bool moves = Duration() > 0;
     if (!moves && IsPlaying())
         TogglePlay();
-    for (QWidget* const widget : {static_cast<QWidget*>(m_toStart), static_cast<QWidget*>(m_play), static_cast<QWidget*>(m_scrub),
-                                  static_cast<QWidget*>(m_time), static_cast<QWidget*>(m_loop)})
+    for (QWidget* const widget :
+         {static_cast<QWidget*>(m_toStart), static_cast<QWidget*>(m_play), static_cast<QWidget*>(m_scrub),
+          static_cast<QWidget*>(m_time), static_cast<QWidget*>(m_loop)})
         widget->setEnabled(moves);
     const double seconds = moves ? scene.GetAnimationTime() : 0;
     m_scrub->setRange(0, static_cast<int>(std::lround(Duration() * kStepsPerSecond)));

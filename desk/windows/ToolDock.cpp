@@ -10,7 +10,8 @@
 
 #include <algorithm>
 
-ToolDock::ToolDock(ZDeskSession& desk, QWidget* parent) : QDockWidget(tr("Tool"), parent), m_desk(desk), m_area(new QScrollArea(this))
+ToolDock::ToolDock(ZDeskSession& desk, QWidget* parent)
+    : QDockWidget(tr("Tool"), parent), m_desk(desk), m_area(new QScrollArea(this))
 {
     setObjectName(QStringLiteral("ToolDock"));
     m_area->setWidgetResizable(true);
@@ -41,7 +42,8 @@ void ToolDock::ShowTool()
     const QSize least = m_form->Scaled({tool->GetToolMinimumWidth(), tool->GetToolMinimumHeight()});
     m_form->setMinimumSize(least.expandedTo(m_form->MinimumUsefulSize()));
     m_area->setWidget(m_form);
-    m_area->setMinimumHeight(std::min(m_form->minimumHeight(), m_form->Scaled({0, tool->GetToolMinimumHeight()}).height()));
+    m_area->setMinimumHeight(
+        std::min(m_form->minimumHeight(), m_form->Scaled({0, tool->GetToolMinimumHeight()}).height()));
     m_form->show();
     FollowVisibility();
 }

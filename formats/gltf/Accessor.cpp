@@ -71,7 +71,8 @@ ElementRange RangeInView(const OpenedFile& file, JsonValue where, int viewIndex,
     const BufferView& view = file.Views()[static_cast<std::size_t>(viewIndex)];
     const std::size_t stride = view.stride == 0 ? size : view.stride;
     if (stride < size) {
-        file.Refuse(where, "byteStride is " + std::to_string(stride) + ", an element has " + std::to_string(size) + " bytes");
+        file.Refuse(where,
+                    "byteStride is " + std::to_string(stride) + ", an element has " + std::to_string(size) + " bytes");
     }
     // Counts and offsets are at most 2^53 and strides at most 252, so nothing here wraps.
     const std::size_t end = count == 0 ? offset : offset + (count - 1) * stride + size;
@@ -80,7 +81,8 @@ ElementRange RangeInView(const OpenedFile& file, JsonValue where, int viewIndex,
                                " bytes of the buffer view, it has " + std::to_string(view.length));
     }
     if (file.Json().Member(file.Json().Member(view.value, "extensions"), "EXT_meshopt_compression") != JSON_NONE) {
-        file.Refuse(view.value, "the buffer view is compressed with EXT_meshopt_compression, which the desk does not read");
+        file.Refuse(view.value,
+                    "the buffer view is compressed with EXT_meshopt_compression, which the desk does not read");
     }
     const Buffer& buffer = file.Buffers()[static_cast<std::size_t>(view.buffer)];
     if (count == 0) {
@@ -92,8 +94,7 @@ ElementRange RangeInView(const OpenedFile& file, JsonValue where, int viewIndex,
     return {buffer.bytes.data() + view.offset + offset, stride};
 }
 
-template <class Index>
-std::size_t IndexAt(const std::uint8_t* at)
+template <class Index> std::size_t IndexAt(const std::uint8_t* at)
 {
     Index index;
     std::memcpy(&index, at, sizeof index);
@@ -103,9 +104,12 @@ std::size_t IndexAt(const std::uint8_t* at)
 std::size_t SparseIndex(const std::uint8_t* at, ComponentType type)
 {
     switch (type) {
-    case ComponentType::UInt8: return *at;
-    case ComponentType::UInt16: return IndexAt<std::uint16_t>(at);
-    default: return IndexAt<std::uint32_t>(at);
+    case ComponentType::UInt8:
+        return *at;
+    case ComponentType::UInt16:
+        return IndexAt<std::uint16_t>(at);
+    default:
+        return IndexAt<std::uint32_t>(at);
     }
 }
 
@@ -139,10 +143,10 @@ void ApplySparse(const OpenedFile& file, const Accessor& accessor, std::uint8_t*
     if (!IsUnsigned(type)) {
         file.Refuse(indices, "the sparse indices have no unsigned component type");
     }
-    const ElementRange where = RangeInView(file, indices, indexView, file.WholeNumberOr(indices, "byteOffset", 0), count,
-                                           ComponentSize(type));
-    const ElementRange what = RangeInView(file, values, valueView, file.WholeNumberOr(values, "byteOffset", 0), count,
-                                          accessor.elementSize);
+    const ElementRange where =
+        RangeInView(file, indices, indexView, file.WholeNumberOr(indices, "byteOffset", 0), count, ComponentSize(type));
+    const ElementRange what =
+        RangeInView(file, values, valueView, file.WholeNumberOr(values, "byteOffset", 0), count, accessor.elementSize);
     for (std::size_t i = 0; i < count; ++i) {
         const std::size_t element = SparseIndex(where.base + i * where.stride, type);
         if (element >= accessor.count) {
@@ -159,10 +163,13 @@ std::size_t ComponentSize(ComponentType type)
 {
     switch (type) {
     case ComponentType::Int8:
-    case ComponentType::UInt8: return 1;
+    case ComponentType::UInt8:
+        return 1;
     case ComponentType::Int16:
-    case ComponentType::UInt16: return 2;
-    default: return 4;
+    case ComponentType::UInt16:
+        return 2;
+    default:
+        return 4;
     }
 }
 
@@ -174,12 +181,18 @@ bool IsUnsigned(ComponentType type)
 double NormalisingDivisor(ComponentType type)
 {
     switch (type) {
-    case ComponentType::Int8: return 127;
-    case ComponentType::UInt8: return 255;
-    case ComponentType::Int16: return 32767;
-    case ComponentType::UInt16: return 65535;
-    case ComponentType::UInt32: return 4294967295.0;
-    default: return 1;
+    case ComponentType::Int8:
+        return 127;
+    case ComponentType::UInt8:
+        return 255;
+    case ComponentType::Int16:
+        return 32767;
+    case ComponentType::UInt16:
+        return 65535;
+    case ComponentType::UInt32:
+        return 4294967295.0;
+    default:
+        return 1;
     }
 }
 
@@ -198,9 +211,11 @@ void DecodeBudget::Spend(JsonValue where, std::size_t count, std::size_t bytesEa
     m_left -= count * bytesEach;
 }
 
+void DecodeBudget::NoteMisaligned(JsonValue accessor) { m_misaligned.insert(accessor); }
+
 AccessorView::AccessorView(const Accessor& accessor, const std::uint8_t* base, std::size_t stride)
-    : m_base(base), m_stride(stride), m_count(accessor.count), m_components(accessor.components),
-      m_type(accessor.type), m_normalised(accessor.normalised)
+    : m_base(base), m_stride(stride), m_count(accessor.count), m_components(accessor.components), m_type(accessor.type),
+      m_normalised(accessor.normalised)
 {
 }
 
@@ -239,7 +254,9 @@ void AccessorView::Floats(std::size_t first, std::size_t n, float* out) const
     const auto scale = static_cast<float>(NormalisingDivisor(m_type));
     const auto fraction = [scale](auto stored) { return std::max(static_cast<float>(stored) / scale, -1.0F); };
     switch (m_type) {
-    case ComponentType::Float: Decode<float>(first, n, out, plain); break;
+    case ComponentType::Float:
+        Decode<float>(first, n, out, plain);
+        break;
     case ComponentType::Int8:
         m_normalised ? Decode<std::int8_t>(first, n, out, fraction) : Decode<std::int8_t>(first, n, out, plain);
         break;
@@ -262,9 +279,15 @@ void AccessorView::Unsigned(std::size_t first, std::size_t n, std::uint32_t* out
 {
     const auto plain = [](auto stored) { return static_cast<std::uint32_t>(stored); };
     switch (m_type) {
-    case ComponentType::UInt8: Decode<std::uint8_t>(first, n, out, plain); break;
-    case ComponentType::UInt16: Decode<std::uint16_t>(first, n, out, plain); break;
-    default: Decode<std::uint32_t>(first, n, out, plain); break;
+    case ComponentType::UInt8:
+        Decode<std::uint8_t>(first, n, out, plain);
+        break;
+    case ComponentType::UInt16:
+        Decode<std::uint16_t>(first, n, out, plain);
+        break;
+    default:
+        Decode<std::uint32_t>(first, n, out, plain);
+        break;
     }
 }
 
@@ -300,6 +323,11 @@ AccessorView ViewAccessor(const OpenedFile& file, const Accessor& accessor, Deco
         const ElementRange range =
             RangeInView(file, accessor.value, accessor.view, accessor.offset, accessor.count, accessor.elementSize);
         dense = AccessorView(accessor, range.base, range.stride);
+        const BufferView& view = file.Views()[static_cast<std::size_t>(accessor.view)];
+        const std::size_t size = ComponentSize(accessor.type);
+        if ((view.offset + accessor.offset) % size != 0 || view.stride % size != 0) {
+            budget.NoteMisaligned(accessor.value);
+        }
     } else {
         if (accessor.count > file.TotalBytes()) {
             file.Refuse(accessor.value, Counted(accessor.count, "element", "elements") +
@@ -322,8 +350,7 @@ AccessorView ViewAccessor(const OpenedFile& file, const Accessor& accessor, Deco
 
 AccessorView ViewAt(const OpenedFile& file, JsonValue where, std::string_view shape, DecodeBudget& budget)
 {
-    const Accessor accessor =
-        DescribeAccessor(file, file.Index(where, file.List("accessors").size(), "accessors"));
+    const Accessor accessor = DescribeAccessor(file, file.Index(where, file.List("accessors").size(), "accessors"));
     if (accessor.shape != shape) {
         file.Refuse(where, "the accessor has the type " + accessor.shape + ", " + std::string(shape) + " is needed");
     }

@@ -6,12 +6,21 @@
 
 #include <cstdint>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 
 namespace skindesk::gltf {
 
-enum class ComponentType : int { Int8 = 5120, UInt8 = 5121, Int16 = 5122, UInt16 = 5123, UInt32 = 5125, Float = 5126 };
+enum class ComponentType : int
+{
+    Int8 = 5120,
+    UInt8 = 5121,
+    Int16 = 5122,
+    UInt16 = 5123,
+    UInt32 = 5125,
+    Float = 5126
+};
 
 [[nodiscard]] std::size_t ComponentSize(ComponentType type);
 [[nodiscard]] bool IsUnsigned(ComponentType type);
@@ -42,9 +51,14 @@ public:
     // Throws FileError naming `where` when the file asks for too much.
     void Spend(JsonValue where, std::size_t count, std::size_t bytesEach);
 
+    // Accessors whose numbers do not begin at a multiple of their size: read all the same, and reported at the end.
+    void NoteMisaligned(JsonValue accessor);
+    [[nodiscard]] const std::set<JsonValue>& Misaligned() const { return m_misaligned; }
+
 private:
     const OpenedFile& m_file;
     std::size_t m_left;
+    std::set<JsonValue> m_misaligned;
 };
 
 // The elements of an accessor, in bounds. Points into the file's buffers, or owns them where they had to be put

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Where a buffer's bytes come from: data URIs, and names of files that must lie in the folder of the file that names them.
+// Where a buffer's bytes come from: data URIs, and names of files that must lie in the folder of the file that names
+// them.
 #pragma once
 
 #include "FileBytes.h"

@@ -31,13 +31,13 @@ struct Node
     int parent = -1;           // at most one; the parents form no cycle
     std::vector<int> children; // in the file's order
     int mesh = -1;
-    int skin = -1; // set only where mesh is set
+    int skin = -1;          // set only where mesh is set
     bool hasMatrix = false; // the file gives `matrix`; then translation, rotation and scale are the identity's
     std::array<double, 3> translation{0, 0, 0};
     std::array<double, 4> rotation{0, 0, 0, 1}; // quaternion x y z w, as the file has it (not always of length one)
     std::array<double, 3> scale{1, 1, 1};
     std::array<double, 16> matrix{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}; // local, always filled
-    std::vector<double> morphWeights; // empty: the mesh's own
+    std::vector<double> morphWeights;                                              // empty: the mesh's own
 };
 
 struct Scene
@@ -82,11 +82,11 @@ struct MorphTarget
 // The surface of the extension TW_nurbs_surface: the mesh's desk vertices are its control points, U fastest.
 struct NurbsSurface
 {
-    std::array<int, 2> degree{};                    // in U and in V
-    std::array<int, 2> count{};                     // control points in U and in V
-    std::array<std::vector<double>, 2> knots;       // count + degree + 1 each, not descending
-    std::vector<double> pointWeights;               // one per control point
-    std::array<int, 2> grid{};                      // vertices of the stand-in, evenly over the domain, U fastest
+    std::array<int, 2> degree{};              // in U and in V
+    std::array<int, 2> count{};               // control points in U and in V
+    std::array<std::vector<double>, 2> knots; // count + degree + 1 each, not descending
+    std::vector<double> pointWeights;         // one per control point
+    std::array<int, 2> grid{};                // vertices of the stand-in, evenly over the domain, U fastest
 };
 
 struct Mesh
@@ -95,7 +95,7 @@ struct Mesh
     std::vector<Primitive> primitives; // as in the file
     std::vector<VertexMap> vertexMaps; // empty for a NURBS surface
     std::vector<float> positions;      // 3 per desk vertex
-    std::vector<float> normals;        // 3 per desk vertex, unit or zero length: mean over the seam; empty: none in file
+    std::vector<float> normals; // 3 per desk vertex, unit or zero length: mean over the seam; empty: none in file
     std::vector<std::int32_t> triangles; // 3 desk vertices each
     std::vector<MorphTarget> morphTargets;
     std::vector<std::string> morphNames; // from extras.targetNames; may be shorter than morphTargets
@@ -114,25 +114,41 @@ struct Mesh
     }
 };
 
-enum class DeformMode { Normalise, Additive, Total100 };
+enum class DeformMode
+{
+    Normalise,
+    Additive,
+    Total100
+};
 
 struct Skin
 {
     std::string name;
-    std::vector<int> joints;                                  // node indices; a node may stand here twice
+    std::vector<int> joints;                                 // node indices; a node may stand here twice
     std::vector<std::array<double, 16>> inverseBindMatrices; // one per joint; identities when the file has none
     int skeleton = -1;
     DeformMode mode = DeformMode::Normalise; // of extras.deformMode
 };
 
-enum class Interpolation { Linear, Step, CubicSpline };
-enum class AnimatedProperty { Translation, Rotation, Scale, MorphWeights };
+enum class Interpolation
+{
+    Linear,
+    Step,
+    CubicSpline
+};
+enum class AnimatedProperty
+{
+    Translation,
+    Rotation,
+    Scale,
+    MorphWeights
+};
 
 struct AnimationSampler
 {
     std::vector<float> times;  // seconds, ascending
-    std::vector<float> values; // per key as many as the property has (3, 4, 3, morph targets); cubic spline: in-tangent,
-                               // value, out-tangent per key
+    std::vector<float> values; // per key as many as the property has (3, 4, 3, morph targets); cubic spline:
+                               // in-tangent, value, out-tangent per key
     Interpolation interpolation = Interpolation::Linear;
 };
 
@@ -234,10 +250,10 @@ struct FileStamp
 
 struct SaveReport
 {
-    std::uint64_t bytes = 0;            // of the saved file itself
-    std::size_t verticesChanged = 0;    // desk vertices whose weights differ from the file opened by more than 1e-6
-    std::size_t verticesLimited = 0;    // desk vertices that lost influences to maxInfluences
-    double weightDropped = 0;           // what those influences weighed together
+    std::uint64_t bytes = 0;         // of the saved file itself
+    std::size_t verticesChanged = 0; // desk vertices whose weights differ from the file opened by more than 1e-6
+    std::size_t verticesLimited = 0; // desk vertices that lost influences to maxInfluences
+    double weightDropped = 0;        // what those influences weighed together
     std::vector<std::string> warnings;
     FileStamp stamp; // of the file as saved
 };

@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <limits>
+#include <new>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -15,10 +16,7 @@ namespace skindesk::gltf {
 
 namespace {
 
-std::string Reason(int error)
-{
-    return std::generic_category().message(error);
-}
+std::string Reason(int error) { return std::generic_category().message(error); }
 
 [[noreturn]] void Fail(const std::string& named, const std::string& what, int error)
 {
@@ -159,14 +157,21 @@ ByteBlock ReadWholeFile(const std::string& path, const std::string& named)
     if (!fd.IsOpen()) {
         Fail(named, "cannot be opened", errno);
     }
-    struct stat info{};
+    struct stat info
+    {
+    };
     if (::fstat(fd.Number(), &info) != 0) {
         Fail(named, "cannot be read", errno);
     }
     if (!S_ISREG(info.st_mode)) {
         throw FileError(named, "", S_ISDIR(info.st_mode) ? "is a folder, not a file" : "is not an ordinary file");
     }
-    ByteBlock block(static_cast<std::size_t>(info.st_size));
+    ByteBlock block;
+    try {
+        block = ByteBlock(static_cast<std::size_t>(info.st_size));
+    } catch (const std::bad_alloc&) {
+        throw FileError(named, "", "has " + std::to_string(info.st_size) + " bytes, more than there is memory");
+    }
     const std::size_t got = ReadFully(fd.Number(), block.Data(), block.Size(), named);
     if (got != block.Size()) {
         throw FileError(named, "byte " + std::to_string(got),
@@ -227,24 +232,30 @@ std::string HexOf(std::uint64_t value)
 
 FileStamp QuickStamp(const std::string& path)
 {
-    struct stat info{};
+    struct stat info
+    {
+    };
     FileStamp stamp;
     if (::stat(path.c_str(), &info) == 0) {
         stamp.size = static_cast<std::uint64_t>(info.st_size);
-        stamp.modifiedNanoseconds = static_cast<std::int64_t>(info.st_mtim.tv_sec) * 1'000'000'000 + info.st_mtim.tv_nsec;
+        stamp.modifiedNanoseconds =
+            static_cast<std::int64_t>(info.st_mtim.tv_sec) * 1'000'000'000 + info.st_mtim.tv_nsec;
     }
     return stamp;
 }
 
 bool HasContent(const std::string& path, ByteSpan content)
 {
-    struct stat info{};
+    struct stat info
+    {
+    };
     if (::stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode) ||
         static_cast<std::uint64_t>(info.st_size) != content.size()) {
         return false;
     }
     const ByteBlock there = ReadWholeFile(path, path);
-    return there.Size() == content.size() && (content.empty() || std::memcmp(there.Span().data(), content.data(), content.size()) == 0);
+    return there.Size() == content.size() &&
+           (content.empty() || std::memcmp(there.Span().data(), content.data(), content.size()) == 0);
 }
 
 std::string FollowLinks(const std::string& path)
@@ -267,7 +278,9 @@ std::string FollowLinks(const std::string& path)
 void ReplaceFile(const std::string& path, std::span<const ByteSpan> pieces)
 {
     const std::string target = FollowLinks(path);
-    struct stat old{};
+    struct stat old
+    {
+    };
     const bool exists = ::stat(target.c_str(), &old) == 0;
     if (exists && !S_ISREG(old.st_mode)) {
         throw FileError(path, "", S_ISDIR(old.st_mode) ? "is a folder, not a file" : "is not an ordinary file");

@@ -60,7 +60,8 @@ private:
 // Whether an ordinary file with exactly this content is there.
 [[nodiscard]] bool HasContent(const std::string& path, ByteSpan content);
 
-// The file that a path means once symbolic links are followed, whether or not it exists yet. Throws FileError on a loop.
+// The file that a path means once symbolic links are followed, whether or not it exists yet. Throws FileError on a
+// loop.
 [[nodiscard]] std::string FollowLinks(const std::string& path);
 
 // Replaces the file at `path` by the concatenation of `pieces`: temporary file in the same folder, synced, renamed over

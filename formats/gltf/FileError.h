@@ -12,8 +12,8 @@ class FileError : public std::runtime_error
 {
 public:
     FileError(std::string path, std::string where, const std::string& sentence)
-        : std::runtime_error(OnOneLine(path + ": " + (where.empty() ? "" : where + ": ") + sentence)), m_path(std::move(path)),
-          m_where(std::move(where))
+        : std::runtime_error(OnOneLine(path + ": " + (where.empty() ? "" : where + ": ") + sentence)),
+          m_path(std::move(path)), m_where(std::move(where))
     {
     }
 

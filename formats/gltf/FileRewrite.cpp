@@ -17,10 +17,7 @@ constexpr std::string_view WEIGHTS_MARK = ".weights-";
 constexpr std::string_view WEIGHTS_EXTENSION = ".bin";
 constexpr int ARRAY_BUFFER = 34962;
 
-std::size_t AlignedToFour(std::size_t size)
-{
-    return (size + 3) / 4 * 4;
-}
+std::size_t AlignedToFour(std::size_t size) { return (size + 3) / 4 * 4; }
 
 void AppendWord(std::vector<std::uint8_t>& bytes, std::size_t word)
 {
@@ -96,10 +93,14 @@ bool FileRewrite::IsWritable(int index) const
 {
     const Buffer& buffer = m_file.Buffers()[static_cast<std::size_t>(index)];
     switch (buffer.home) {
-    case BufferHome::BinChunk: return true;
-    case BufferHome::DataUri: return buffer.base64Start != 0;
-    case BufferHome::External: return m_home == Home::WeightFile && index == m_homeBuffer;
-    default: return false;
+    case BufferHome::BinChunk:
+        return true;
+    case BufferHome::DataUri:
+        return buffer.base64Start != 0;
+    case BufferHome::External:
+        return m_home == Home::WeightFile && index == m_homeBuffer;
+    default:
+        return false;
     }
 }
 
@@ -152,10 +153,7 @@ int FileRewrite::AddAccessor(const NewAccessor& accessor)
     return AddToList("accessors", json, m_addedAccessors);
 }
 
-int FileRewrite::AddMesh(const std::string& json)
-{
-    return AddToList("meshes", json, m_addedMeshes);
-}
+int FileRewrite::AddMesh(const std::string& json) { return AddToList("meshes", json, m_addedMeshes); }
 
 void FileRewrite::SetByteLength(int buffer, std::size_t length)
 {
@@ -178,11 +176,14 @@ void FileRewrite::FinishAddedBytes(const std::string& stem)
         }
         break;
     case Home::WeightFile:
-    case Home::NewWeightFile: FinishWeightFile(stem); break;
+    case Home::NewWeightFile:
+        FinishWeightFile(stem);
+        break;
     case Home::NewDataUri:
         if (!m_added.empty()) {
-            AddToList("buffers", "{\"byteLength\":" + std::to_string(m_added.size()) +
-                                     ",\"uri\":\"data:application/octet-stream;base64," + EncodeBase64(m_added) + "\"}",
+            AddToList("buffers",
+                      "{\"byteLength\":" + std::to_string(m_added.size()) +
+                          ",\"uri\":\"data:application/octet-stream;base64," + EncodeBase64(m_added) + "\"}",
                       none);
         }
         break;
@@ -207,7 +208,8 @@ void FileRewrite::FinishWeightFile(const std::string& stem)
         m_weightFile.resize(HomeSize());
         m_weightFile.insert(m_weightFile.end(), m_added.begin(), m_added.end());
     }
-    m_result.weightBufferName = stem + std::string(WEIGHTS_MARK) + HexOf(HashOf(m_weightFile)) + std::string(WEIGHTS_EXTENSION);
+    m_result.weightBufferName =
+        stem + std::string(WEIGHTS_MARK) + HexOf(HashOf(m_weightFile)) + std::string(WEIGHTS_EXTENSION);
     m_result.weightBuffer = m_weightFile;
     const std::string uri = QuotedJson(PercentEncoded(m_result.weightBufferName));
     if (isReplacement) {
@@ -273,11 +275,11 @@ void FileRewrite::FinishGlb()
         added.empty() ? container.binSize
                       : AlignedToFour((container.hasBin ? AlignedToFour(container.binSize) : 0) + added.size());
     const std::size_t rest = container.lengthInHeader - container.restStart;
-    const std::size_t total = GLB_HEADER_SIZE + GLB_CHUNK_HEADER_SIZE + m_text.size() +
-                              (hasBin ? GLB_CHUNK_HEADER_SIZE + binSize : 0) + rest;
+    const std::size_t total =
+        GLB_HEADER_SIZE + GLB_CHUNK_HEADER_SIZE + m_text.size() + (hasBin ? GLB_CHUNK_HEADER_SIZE + binSize : 0) + rest;
     if (total > 0xFFFFFFFFu) {
-        throw FileError(m_file.Path(), "", "the saved GLB would have " + std::to_string(total) +
-                                               " bytes, its format ends at 4294967295");
+        throw FileError(m_file.Path(), "",
+                        "the saved GLB would have " + std::to_string(total) + " bytes, its format ends at 4294967295");
     }
     std::vector<std::uint8_t> head;
     AppendWord(head, GLB_MAGIC);

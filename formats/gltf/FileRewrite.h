@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-// An opened file on its way to a saved one: bytes overwritten in copies of its buffers, bytes, accessors and meshes added
-// behind those there are, and changes to its JSON.
+// An opened file on its way to a saved one: bytes overwritten in copies of its buffers, bytes, accessors and meshes
+// added behind those there are, and changes to its JSON.
 //
 // Where added bytes go: behind the binary chunk of a GLB; for a `.gltf` with buffer files into a weight buffer file of
-// its own; else into a new buffer with a data URI. A weight buffer file that an earlier saving made is never changed: it
-// is replaced by one of another name. All other buffer files stay as they are.
+// its own; else into a new buffer with a data URI. A weight buffer file that an earlier saving made is never changed:
+// it is replaced by one of another name. All other buffer files stay as they are.
 #pragma once
 
 #include "Accessor.h"
@@ -26,7 +26,7 @@ struct NewAccessor
     bool normalised = false;
     std::size_t count = 0;
     std::string shape;
-    std::string bounds;      // "\"min\":[...],\"max\":[...]" or empty
+    std::string bounds;       // "\"min\":[...],\"max\":[...]" or empty
     bool isVertexData = true; // bound for a vertex buffer
 };
 
@@ -64,7 +64,14 @@ public:
 
 private:
     // Where added bytes go.
-    enum class Home { BinChunk, NewBinChunk, WeightFile, NewWeightFile, NewDataUri };
+    enum class Home
+    {
+        BinChunk,
+        NewBinChunk,
+        WeightFile,
+        NewWeightFile,
+        NewDataUri
+    };
 
     [[nodiscard]] Home ChooseHome() const;
     int AddToList(const char* key, const std::string& json, std::size_t& added);

@@ -11,10 +11,7 @@ namespace skindesk::gltf {
 
 namespace {
 
-std::string AtByte(std::size_t offset)
-{
-    return "byte " + std::to_string(offset);
-}
+std::string AtByte(std::size_t offset) { return "byte " + std::to_string(offset); }
 
 std::uint32_t WordAt(ByteSpan bytes, std::size_t offset)
 {
@@ -48,8 +45,7 @@ Chunk ChunkAt(ByteSpan bytes, std::size_t offset, std::size_t end, const std::st
 std::size_t CheckHeader(ByteSpan bytes, const std::string& path)
 {
     if (bytes.size() < GLB_HEADER_SIZE) {
-        throw FileError(path, AtByte(0),
-                        "a GLB header has 12 bytes, the file has " + std::to_string(bytes.size()));
+        throw FileError(path, AtByte(0), "a GLB header has 12 bytes, the file has " + std::to_string(bytes.size()));
     }
     if (WordAt(bytes, 4) != 2) {
         throw FileError(path, AtByte(4), "the GLB has version " + std::to_string(WordAt(bytes, 4)) + ", 2 is read");

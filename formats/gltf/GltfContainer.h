@@ -25,7 +25,7 @@ struct GltfContainer
     bool hasBin = false;
     std::size_t binStart = 0; // content, behind the chunk header
     std::size_t binSize = 0;
-    std::size_t restStart = 0;   // chunks that nobody here knows, and what lies behind the length that the header gives
+    std::size_t restStart = 0; // chunks that nobody here knows, and what lies behind the length that the header gives
     std::size_t lengthInHeader = 0;
 
     [[nodiscard]] static std::string_view Text(ByteSpan bytes, std::size_t start, std::size_t size)

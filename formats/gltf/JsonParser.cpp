@@ -9,15 +9,9 @@ namespace skindesk::gltf {
 
 namespace {
 
-bool IsDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
-bool IsHexDigit(char c)
-{
-    return IsDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
-}
+bool IsHexDigit(char c) { return IsDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
 
 // The length of the well-formed UTF-8 character at the beginning of `text`, 0 when it is none (RFC 3629, table in 4).
 std::size_t Utf8Length(std::string_view text)
@@ -97,13 +91,27 @@ private:
     void BeginValue()
     {
         switch (Here()) {
-        case '{': Open(JsonKind::Object); break;
-        case '[': Open(JsonKind::Array); break;
-        case '"': Leaf(JsonKind::String, &JsonParser::SkipString); break;
-        case 't': Word(JsonKind::True, "true"); break;
-        case 'f': Word(JsonKind::False, "false"); break;
-        case 'n': Word(JsonKind::Null, "null"); break;
-        default: Leaf(JsonKind::Number, &JsonParser::SkipNumber); break;
+        case '{':
+            Open(JsonKind::Object);
+            break;
+        case '[':
+            Open(JsonKind::Array);
+            break;
+        case '"':
+            Leaf(JsonKind::String, &JsonParser::SkipString);
+            break;
+        case 't':
+            Word(JsonKind::True, "true");
+            break;
+        case 'f':
+            Word(JsonKind::False, "false");
+            break;
+        case 'n':
+            Word(JsonKind::Null, "null");
+            break;
+        default:
+            Leaf(JsonKind::Number, &JsonParser::SkipNumber);
+            break;
         }
     }
 
@@ -318,8 +326,8 @@ private:
                                               [](const auto& a, const auto& b) { return a.first == b.first; });
         if (twice != m_keys.end()) {
             const JsonValue second = std::next(twice)->second;
-            throw JsonError(m_into.KeyStart(second), "the key \"" + OneLine(twice->first) +
-                                                         "\" stands twice in one object");
+            throw JsonError(m_into.KeyStart(second),
+                            "the key \"" + OneLine(twice->first) + "\" stands twice in one object");
         }
     }
 

@@ -68,11 +68,21 @@ std::string UnescapedJson(std::string_view quoted)
         }
         const char escape = inside[++i];
         switch (escape) {
-        case 'b': text.push_back('\b'); break;
-        case 'f': text.push_back('\f'); break;
-        case 'n': text.push_back('\n'); break;
-        case 'r': text.push_back('\r'); break;
-        case 't': text.push_back('\t'); break;
+        case 'b':
+            text.push_back('\b');
+            break;
+        case 'f':
+            text.push_back('\f');
+            break;
+        case 'n':
+            text.push_back('\n');
+            break;
+        case 'r':
+            text.push_back('\r');
+            break;
+        case 't':
+            text.push_back('\t');
+            break;
         case 'u': {
             unsigned code = HexValue(inside.substr(i + 1, 4));
             i += 4;
@@ -83,7 +93,9 @@ std::string UnescapedJson(std::string_view quoted)
             AppendUtf8(text, code);
             break;
         }
-        default: text.push_back(escape); break;
+        default:
+            text.push_back(escape);
+            break;
         }
     }
     return text;
@@ -115,7 +127,8 @@ std::string OneLine(std::string_view text, std::size_t limit)
         --size;
     }
     std::string line(text.substr(0, size));
-    std::replace_if(line.begin(), line.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20; }, ' ');
+    std::replace_if(
+        line.begin(), line.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20; }, ' ');
     return size < text.size() ? line + "..." : line;
 }
 
@@ -133,10 +146,7 @@ bool JsonPlaces::KeyIs(JsonValue v, std::string_view key) const
     return Key(v) == key;
 }
 
-JsonValue JsonPlaces::FirstChild(JsonValue v) const
-{
-    return m_values[v].next > v + 1 ? v + 1 : JSON_NONE;
-}
+JsonValue JsonPlaces::FirstChild(JsonValue v) const { return m_values[v].next > v + 1 ? v + 1 : JSON_NONE; }
 
 JsonValue JsonPlaces::NextSibling(JsonValue parent, JsonValue child) const
 {
@@ -166,10 +176,7 @@ JsonValue JsonPlaces::Member(JsonValue object, std::string_view key) const
     return JSON_NONE;
 }
 
-std::string JsonPlaces::String(JsonValue v) const
-{
-    return UnescapedJson(Raw(v));
-}
+std::string JsonPlaces::String(JsonValue v) const { return UnescapedJson(Raw(v)); }
 
 double JsonPlaces::Number(JsonValue v) const
 {

@@ -21,7 +21,16 @@ private:
     std::size_t m_offset;
 };
 
-enum class JsonKind : std::uint8_t { Null, True, False, Number, String, Array, Object };
+enum class JsonKind : std::uint8_t
+{
+    Null,
+    True,
+    False,
+    Number,
+    String,
+    Array,
+    Object
+};
 
 // A value by its number: values are numbered in the order in which they begin in the text.
 using JsonValue = std::uint32_t;

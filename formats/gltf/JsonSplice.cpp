@@ -6,20 +6,11 @@
 
 namespace skindesk::gltf {
 
-void JsonSplice::Replace(JsonValue v, std::string text)
-{
-    m_replaced[v] = std::move(text);
-}
+void JsonSplice::Replace(JsonValue v, std::string text) { m_replaced[v] = std::move(text); }
 
-void JsonSplice::RemoveMember(JsonValue object, JsonValue member)
-{
-    m_removed[object].insert(member);
-}
+void JsonSplice::RemoveMember(JsonValue object, JsonValue member) { m_removed[object].insert(member); }
 
-void JsonSplice::AppendElement(JsonValue array, const std::string& text)
-{
-    m_appended[array].push_back({"", text});
-}
+void JsonSplice::AppendElement(JsonValue array, const std::string& text) { m_appended[array].push_back({"", text}); }
 
 void JsonSplice::AppendMember(JsonValue object, const std::string& key, const std::string& text)
 {
@@ -106,14 +97,8 @@ std::string JsonSplice::RenderRange(std::size_t start, std::size_t end) const
     return result;
 }
 
-std::string JsonSplice::Render() const
-{
-    return RenderRange(0, m_places.Text().size());
-}
+std::string JsonSplice::Render() const { return RenderRange(0, m_places.Text().size()); }
 
-std::string JsonSplice::Render(JsonValue v) const
-{
-    return RenderRange(m_places.Start(v), m_places.End(v));
-}
+std::string JsonSplice::Render(JsonValue v) const { return RenderRange(m_places.Start(v), m_places.End(v)); }
 
 } // namespace skindesk::gltf

@@ -49,7 +49,7 @@ private:
 
     const JsonPlaces& m_places;
     std::map<JsonValue, std::string> m_replaced;
-    std::map<JsonValue, std::set<JsonValue>> m_removed; // by object
+    std::map<JsonValue, std::set<JsonValue>> m_removed;    // by object
     std::map<JsonValue, std::vector<Addition>> m_appended; // by container
 };
 

@@ -15,10 +15,14 @@ namespace {
 // Extensions that a file may call required although the desk does nothing with them: none changes where vertices are,
 // how triangles join them, or how they hang on bones.
 constexpr std::array HARMLESS_PREFIXES{"KHR_materials_", "KHR_texture_", "KHR_lights_", "EXT_lights_", "EXT_texture_"};
-constexpr std::array HARMLESS_EXTENSIONS{"KHR_mesh_quantization", "KHR_animation_pointer", "KHR_node_visibility",
-                                         "KHR_xmp_json_ld",       "MSFT_texture_dds",      "TW_nurbs_surface",
+constexpr std::array HARMLESS_EXTENSIONS{"KHR_mesh_quantization",
+                                         "KHR_animation_pointer",
+                                         "KHR_node_visibility",
+                                         "KHR_xmp_json_ld",
+                                         "MSFT_texture_dds",
+                                         "TW_nurbs_surface",
                                          "KHR_xmp"};
-constexpr std::array LISTS{"accessors", "animations", "bufferViews", "buffers", "images", "materials",
+constexpr std::array LISTS{"accessors", "animations", "bufferViews", "buffers", "images",  "materials",
                            "meshes",    "nodes",      "scenes",      "skins",   "textures"};
 constexpr std::size_t SMALLEST_STRIDE = 4;
 constexpr std::size_t LARGEST_STRIDE = 252;

@@ -15,7 +15,8 @@
 
 namespace skindesk::gltf {
 
-enum class BufferHome {
+enum class BufferHome
+{
     BinChunk, // the second chunk of a GLB
     DataUri,  // base64 in the JSON
     External, // a file in the folder
@@ -28,9 +29,9 @@ struct Buffer
     BufferHome home = BufferHome::Nowhere;
     ByteSpan bytes; // byteLength of them
     std::size_t byteLength = 0;
-    std::string file;           // External: name relative to the folder, decoded
-    ByteBlock owned;            // DataUri, External: the bytes, for External the whole file
-    FileStamp stamp;            // External: size and time as read
+    std::string file;            // External: name relative to the folder, decoded
+    ByteBlock owned;             // DataUri, External: the bytes, for External the whole file
+    FileStamp stamp;             // External: size and time as read
     std::size_t base64Start = 0; // DataUri: where its first digit stands in the JSON text; 0 when digits are not plain
 };
 

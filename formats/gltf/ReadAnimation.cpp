@@ -55,9 +55,12 @@ std::size_t MorphTargetCount(const CharacterFile& records, int node)
 std::size_t NumbersPerKey(const CharacterFile& records, const AnimationChannel& channel)
 {
     switch (channel.property) {
-    case AnimatedProperty::Rotation: return 4;
-    case AnimatedProperty::MorphWeights: return MorphTargetCount(records, channel.node);
-    default: return 3;
+    case AnimatedProperty::Rotation:
+        return 4;
+    case AnimatedProperty::MorphWeights:
+        return MorphTargetCount(records, channel.node);
+    default:
+        return 3;
     }
 }
 
@@ -88,12 +91,12 @@ void ReadChannel(Reading& reading, JsonValue v, Animation& animation)
         return;
     }
     const AnimationSampler& sampler = animation.samplers[static_cast<std::size_t>(channel.sampler)];
-    const std::size_t perKey = NumbersPerKey(reading.into, channel) *
-                               (sampler.interpolation == Interpolation::CubicSpline ? 3 : 1);
+    const std::size_t perKey =
+        NumbersPerKey(reading.into, channel) * (sampler.interpolation == Interpolation::CubicSpline ? 3 : 1);
     if (sampler.values.size() != sampler.times.size() * perKey) {
         file.Refuse(v, Counted(sampler.times.size(), "key needs ", "keys need ") +
-                           std::to_string(sampler.times.size() * perKey) + " numbers for \"" + path + "\", the output has " +
-                           std::to_string(sampler.values.size()));
+                           std::to_string(sampler.times.size() * perKey) + " numbers for \"" + path +
+                           "\", the output has " + std::to_string(sampler.values.size()));
     }
     animation.channels.push_back(channel);
 }

@@ -22,6 +22,11 @@ CharacterFile ReadRecords(std::shared_ptr<OpenedFile> source)
     ReadSkins(reading);
     ReadMaterialsAndImages(reading);
     ReadAnimations(reading);
+    if (!reading.budget.Misaligned().empty()) {
+        reading.warnings.Add(*reading.budget.Misaligned().begin(),
+                             Counted(reading.budget.Misaligned().size(), "accessor does", "accessors do") +
+                                 " not begin at a multiple of the size of their numbers");
+    }
     records.warnings = reading.warnings.Take();
     records.source = std::move(source);
     return records;

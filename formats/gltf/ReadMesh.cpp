@@ -10,7 +10,12 @@ namespace skindesk::gltf {
 
 namespace {
 
-enum PrimitiveMode { TRIANGLES = 4, TRIANGLE_STRIP = 5, TRIANGLE_FAN = 6 };
+enum PrimitiveMode
+{
+    TRIANGLES = 4,
+    TRIANGLE_STRIP = 5,
+    TRIANGLE_FAN = 6
+};
 
 // The most slots that 32-bit offsets can count.
 constexpr std::size_t MOST_SLOTS = 0xFFFFFFFEu;
@@ -69,7 +74,8 @@ public:
             m_reading.warnings.Add(m_attributes.position, "the primitive has no vertices");
         }
         if (count * 4 * std::max<std::size_t>(1, Sets()) > MOST_SLOTS) {
-            m_file.Refuse(m_attributes.position, Counted(count, "vertex is", "vertices are") + " more than the desk holds");
+            m_file.Refuse(m_attributes.position,
+                          Counted(count, "vertex is", "vertices are") + " more than the desk holds");
         }
         m_reading.budget.Spend(m_attributes.position, count,
                                BYTES_PER_VERTEX + Sets() * 4 * BYTES_PER_SLOT + m_targets.size() * 3 * sizeof(float));
@@ -93,8 +99,9 @@ private:
     {
         for (std::size_t s = 0; s < set.influences.size(); ++s) {
             if (set.influences[s].joints.IsNormalised()) {
-                m_reading.warnings.Add(m_attributes.joints[s],
-                                       "joints are marked as normalised, which means nothing; they are taken as numbers");
+                m_reading.warnings.Add(
+                    m_attributes.joints[s],
+                    "joints are marked as normalised, which means nothing; they are taken as numbers");
             }
         }
     }
@@ -141,16 +148,20 @@ public:
         std::vector<std::uint32_t> corners;
         AppendCorners(corners);
         switch (mode) {
-        case TRIANGLE_STRIP: ReadStrip(corners); break;
-        case TRIANGLE_FAN: ReadFan(corners); break;
-        default: break; // points and lines have no polygons
+        case TRIANGLE_STRIP:
+            ReadStrip(corners);
+            break;
+        case TRIANGLE_FAN:
+            ReadFan(corners);
+            break;
+        default:
+            break; // points and lines have no polygons
         }
     }
 
 private:
     // File vertices, checked, behind what is in `corners`.
-    template <class Index>
-    void AppendCorners(std::vector<Index>& corners) const
+    template <class Index> void AppendCorners(std::vector<Index>& corners) const
     {
         const JsonValue where = m_reading.json.Member(m_primitive, "indices");
         const std::size_t before = corners.size();
@@ -325,8 +336,9 @@ AttributeAccessors FindAttributes(const OpenedFile& file, JsonValue attributes, 
             continue;
         }
         if (warnings != nullptr && (joints != JSON_NONE || weights != JSON_NONE)) {
-            warnings->Add(joints != JSON_NONE ? joints : weights,
-                          joints != JSON_NONE ? "joints without weights are left out" : "weights without joints are left out");
+            warnings->Add(joints != JSON_NONE ? joints : weights, joints != JSON_NONE
+                                                                      ? "joints without weights are left out"
+                                                                      : "weights without joints are left out");
         }
         return found;
     }

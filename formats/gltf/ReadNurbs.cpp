@@ -15,7 +15,8 @@ std::array<int, 2> ReadPair(const OpenedFile& file, JsonValue object, const char
     const JsonValue v = file.Json().Member(object, key);
     const std::vector<JsonValue> values = file.Array(v);
     if (values.size() != 2) {
-        file.Refuse(v == JSON_NONE ? object : v, std::string(key) + " needs two whole numbers, one for U and one for V");
+        file.Refuse(v == JSON_NONE ? object : v,
+                    std::string(key) + " needs two whole numbers, one for U and one for V");
     }
     std::array<int, 2> pair{};
     for (std::size_t i = 0; i < 2; ++i) {
@@ -37,7 +38,8 @@ void ReadKnots(const OpenedFile& file, JsonValue extension, NurbsSurface& surfac
         file.Refuse(v == JSON_NONE ? extension : v, "knots need two lists, one for U and one for V");
     }
     for (std::size_t i = 0; i < 2; ++i) {
-        const auto needed = static_cast<std::size_t>(surface.count[i]) + static_cast<std::size_t>(surface.degree[i]) + 1;
+        const auto needed =
+            static_cast<std::size_t>(surface.count[i]) + static_cast<std::size_t>(surface.degree[i]) + 1;
         std::vector<double>& knots = surface.knots[i];
         knots = file.Numbers(lists[i], needed);
         if (!std::is_sorted(knots.begin(), knots.end())) {
@@ -84,9 +86,10 @@ AttributeSet ViewControlPoints(Reading& reading, JsonValue attributes, const Nur
     set.positions = ViewAt(file, accessors.position, "VEC3", reading.budget);
     const std::size_t points = ProductOf(surface.count);
     if (set.positions.Count() != points) {
-        file.Refuse(accessors.position, Counted(set.positions.Count(), "control point is there", "control points are there") +
-                                            ", count says " + std::to_string(surface.count[0]) + " times " +
-                                            std::to_string(surface.count[1]));
+        file.Refuse(accessors.position,
+                    Counted(set.positions.Count(), "control point is there", "control points are there") +
+                        ", count says " + std::to_string(surface.count[0]) + " times " +
+                        std::to_string(surface.count[1]));
     }
     reading.budget.Spend(accessors.position, points, 64 + accessors.joints.size() * 32);
     set.influences = ViewInfluences(file, accessors, points, reading.budget);

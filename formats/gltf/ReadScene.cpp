@@ -35,10 +35,22 @@ std::array<double, 16> Composed(const Node& node)
     }
     const auto& s = node.scale;
     const auto& t = node.translation;
-    return {s[0] * (1 - 2 * (y * y + z * z)), s[0] * 2 * (x * y + z * w),       s[0] * 2 * (x * z - y * w),       0,
-            s[1] * 2 * (x * y - z * w),       s[1] * (1 - 2 * (x * x + z * z)), s[1] * 2 * (y * z + x * w),       0,
-            s[2] * 2 * (x * z + y * w),       s[2] * 2 * (y * z - x * w),       s[2] * (1 - 2 * (x * x + y * y)), 0,
-            t[0],                             t[1],                             t[2],                             1};
+    return {s[0] * (1 - 2 * (y * y + z * z)),
+            s[0] * 2 * (x * y + z * w),
+            s[0] * 2 * (x * z - y * w),
+            0,
+            s[1] * 2 * (x * y - z * w),
+            s[1] * (1 - 2 * (x * x + z * z)),
+            s[1] * 2 * (y * z + x * w),
+            0,
+            s[2] * 2 * (x * z + y * w),
+            s[2] * 2 * (y * z - x * w),
+            s[2] * (1 - 2 * (x * x + y * y)),
+            0,
+            t[0],
+            t[1],
+            t[2],
+            1};
 }
 
 void ReadTransform(Reading& reading, JsonValue v, Node& node)
@@ -50,7 +62,8 @@ void ReadTransform(Reading& reading, JsonValue v, Node& node)
     const bool scales = ReadNumbers(reading, v, "scale", parts.scale);
     if (node.hasMatrix) {
         if (moves || turns || scales) {
-            reading.warnings.Add(v, "the node has a matrix and also translation, rotation or scale; the matrix is taken");
+            reading.warnings.Add(v,
+                                 "the node has a matrix and also translation, rotation or scale; the matrix is taken");
         }
         return;
     }
@@ -71,7 +84,8 @@ void ReadTransform(Reading& reading, JsonValue v, Node& node)
 bool HasControlCharacter(const std::string& name)
 {
     // Besides the control characters: marks that turn the direction of the text around (U+202A to U+202E).
-    return std::any_of(name.begin(), name.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }) ||
+    return std::any_of(name.begin(), name.end(),
+                       [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }) ||
            name.find("\xE2\x80\xAA") != std::string::npos || name.find("\xE2\x80\xAD") != std::string::npos ||
            name.find("\xE2\x80\xAB") != std::string::npos || name.find("\xE2\x80\xAE") != std::string::npos;
 }
@@ -100,9 +114,9 @@ void SetParents(Reading& reading)
         for (const int child : nodes[i].children) {
             int& parent = nodes[static_cast<std::size_t>(child)].parent;
             if (parent >= 0) {
-                reading.file.Refuse(values[static_cast<std::size_t>(child)],
-                                    "the node is a child of node " + std::to_string(parent) + " and of node " +
-                                        std::to_string(i));
+                reading.file.Refuse(values[static_cast<std::size_t>(child)], "the node is a child of node " +
+                                                                                 std::to_string(parent) +
+                                                                                 " and of node " + std::to_string(i));
             }
             parent = static_cast<int>(i);
         }

@@ -66,8 +66,9 @@ void ReadInverseBindMatrices(Reading& reading, JsonValue v, Skin& skin)
         reading.file.Refuse(where, "inverse bind matrices are not of floats");
     }
     if (view.Count() < skin.joints.size()) {
-        reading.file.Refuse(where, Counted(view.Count(), "inverse bind matrix is there", "inverse bind matrices are there") +
-                                       ", the skin has " + Counted(skin.joints.size(), "joint", "joints"));
+        reading.file.Refuse(where,
+                            Counted(view.Count(), "inverse bind matrix is there", "inverse bind matrices are there") +
+                                ", the skin has " + Counted(skin.joints.size(), "joint", "joints"));
     }
     for (std::size_t j = 0; j < skin.joints.size(); ++j) {
         std::array<float, 16> matrix{};
@@ -167,7 +168,8 @@ void CheckSkinnedNodes(Reading& reading)
             if (reading.into.meshes[mesh].influenceSets > 0) {
                 odd.Add(reading.oddWeights[mesh]);
             } else {
-                reading.warnings.Add(reading.file.List("nodes")[i], "the node has a skin, its mesh has no joints and weights");
+                reading.warnings.Add(reading.file.List("nodes")[i],
+                                     "the node has a skin, its mesh has no joints and weights");
             }
         }
     }

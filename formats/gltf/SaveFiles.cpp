@@ -14,10 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-fs::path FolderOrHere(const fs::path& path)
-{
-    return path.parent_path().empty() ? fs::path(".") : path.parent_path();
-}
+fs::path FolderOrHere(const fs::path& path) { return path.parent_path().empty() ? fs::path(".") : path.parent_path(); }
 
 class Saving
 {
@@ -33,6 +30,9 @@ public:
 
     void Run(const std::vector<Image>& images)
     {
+        if (!fs::is_directory(m_folder)) {
+            throw FileError(m_path, "", "the folder that it should be saved in is not there");
+        }
         PlanBuffers();
         if (!m_isSameFolder) {
             PlanImages(images);
@@ -59,16 +59,18 @@ private:
 
     void RefuseOtherContent(const std::string& name) const
     {
-        throw FileError(m_path, "", "the file \"" + OneLine(name, 200) + "\" beside it has other content than the one " +
-                                        "that belongs to this character, so it is not overwritten");
+        throw FileError(m_path, "",
+                        "the file \"" + OneLine(name, 200) + "\" beside it has other content than the one " +
+                            "that belongs to this character, so it is not overwritten");
     }
 
     // What is needed beside the saved file and is not there yet.
     void Plan(const std::string& name, ByteSpan bytes, ByteBlock owned)
     {
         if (!LiesInFolder(m_folder.string(), name)) {
-            throw FileError(m_path, "", "the file \"" + OneLine(name, 200) +
-                                            "\" would be written outside the folder, through a symbolic link");
+            throw FileError(m_path, "",
+                            "the file \"" + OneLine(name, 200) +
+                                "\" would be written outside the folder, through a symbolic link");
         }
         m_needed.insert(name);
         std::error_code error;
@@ -111,7 +113,9 @@ private:
             if (image.file.empty()) {
                 continue;
             }
-            const std::string name = fs::path(image.file).lexically_relative(m_file.Folder().empty() ? "." : m_file.Folder()).string();
+            const std::string name = m_file.Folder().empty()
+                                         ? image.file
+                                         : fs::path(image.file).lexically_relative(m_file.Folder()).string();
             if (m_needed.contains(name)) {
                 continue;
             }
@@ -134,7 +138,7 @@ private:
             const fs::path target = m_folder / companion.name;
             std::error_code error;
             const bool existed = fs::exists(fs::symlink_status(target, error));
-            fs::create_directories(target.parent_path(), error);
+            MakeFolders(target.parent_path());
             ReplaceFile(target.string(), std::span(&companion.bytes, 1));
             if (!existed) {
                 m_made.push_back(target);
@@ -142,11 +146,27 @@ private:
         }
     }
 
+    // Notes the folders that were not there, outermost first, so that they can be taken back.
+    void MakeFolders(const fs::path& folder)
+    {
+        std::error_code error;
+        std::vector<fs::path> missing;
+        for (fs::path at = folder; !at.empty() && !fs::exists(at, error); at = at.parent_path()) {
+            missing.push_back(at);
+        }
+        for (auto at = missing.rbegin(); at != missing.rend(); ++at) {
+            if (fs::create_directory(*at, error)) {
+                m_made.push_back(*at);
+            }
+        }
+    }
+
+    // Last made, first removed; a folder goes only while it is empty.
     void TakeBack()
     {
-        for (const fs::path& made : m_made) {
+        for (auto made = m_made.rbegin(); made != m_made.rend(); ++made) {
             std::error_code ignored;
-            fs::remove(made, ignored);
+            fs::remove(*made, ignored);
         }
     }
 
@@ -223,8 +243,9 @@ void CheckExtension(const OpenedFile& file, const std::string& path)
     }
     const std::string wanted = ExtensionOf(path);
     if (wanted != opened) {
-        throw FileError(path, "", "the file was opened as " + opened + " and is saved as that, not as " +
-                                      (wanted.empty() ? "a file without extension" : wanted));
+        throw FileError(path, "",
+                        "the file was opened as " + opened + " and is saved as that, not as " +
+                            (wanted.empty() ? "a file without extension" : wanted));
     }
 }
 

@@ -20,10 +20,7 @@ std::uint64_t Mixed(std::uint64_t hash, std::uint64_t word)
     return hash ^ hash >> 29;
 }
 
-std::uint64_t PairOf(std::uint32_t low, std::uint32_t high)
-{
-    return static_cast<std::uint64_t>(high) << 32 | low;
-}
+std::uint64_t PairOf(std::uint32_t low, std::uint32_t high) { return static_cast<std::uint64_t>(high) << 32 | low; }
 
 // Minus zero is the same place as zero; adding zero turns the one into the other and leaves everything else.
 void UnifyZeros(std::vector<float>& numbers)
@@ -180,8 +177,8 @@ bool SeamJoin::IsSame(std::size_t i, std::uint32_t vertex) const
     }
     for (std::size_t e = RowStart(i); e < m_block.rowEnds[i]; ++e, ++at) {
         // Bits, not values: a weight that is not a number is the same as its like.
-        if (m_block.entries[e].joint != known.joints[at] ||
-            std::bit_cast<std::uint32_t>(m_block.entries[e].weight) != std::bit_cast<std::uint32_t>(known.weights[at])) {
+        if (m_block.entries[e].joint != known.joints[at] || std::bit_cast<std::uint32_t>(m_block.entries[e].weight) !=
+                                                                std::bit_cast<std::uint32_t>(known.weights[at])) {
             return false;
         }
     }

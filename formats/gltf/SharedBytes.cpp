@@ -27,8 +27,7 @@ class KeyWalk
 public:
     explicit KeyWalk(const JsonPlaces& json) : m_json(json) {}
 
-    template <class Visit>
-    void Run(Visit visit)
+    template <class Visit> void Run(Visit visit)
     {
         for (JsonValue v = 0; v < m_json.ValueCount(); ++v) {
             while (!m_open.empty() && m_json.Behind(m_open.back().value) <= v) {
@@ -159,13 +158,14 @@ bool SharedBytes::OwnsItsBytes(int accessor) const
     }
     const Range& range = m_ranges[mine];
     std::size_t looked = 0;
-    for (std::size_t r = mine; r > 0 && m_ranges[r - 1].buffer == range.buffer && m_reachedBy[r - 1] > range.start; --r) {
+    for (std::size_t r = mine; r > 0 && m_ranges[r - 1].buffer == range.buffer && m_reachedBy[r - 1] > range.start;
+         --r) {
         if (++looked > MOST_NEIGHBOURS || Collide(m_ranges[r - 1], range)) {
             return false;
         }
     }
-    for (std::size_t r = mine + 1; r < m_ranges.size() && m_ranges[r].buffer == range.buffer && m_ranges[r].start < range.end;
-         ++r) {
+    for (std::size_t r = mine + 1;
+         r < m_ranges.size() && m_ranges[r].buffer == range.buffer && m_ranges[r].start < range.end; ++r) {
         if (++looked > MOST_NEIGHBOURS || Collide(m_ranges[r], range)) {
             return false;
         }

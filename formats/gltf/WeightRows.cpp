@@ -128,7 +128,8 @@ public:
 private:
     static void MergeJoints(Row& row)
     {
-        std::stable_sort(row.begin(), row.end(), [](const Influence& a, const Influence& b) { return a.joint < b.joint; });
+        std::stable_sort(row.begin(), row.end(),
+                         [](const Influence& a, const Influence& b) { return a.joint < b.joint; });
         std::size_t kept = 0;
         for (std::size_t i = 1; i < row.size(); ++i) {
             if (row[i].joint == row[kept].joint) {

@@ -38,9 +38,9 @@ struct WeightRows
 
 struct RowCounts
 {
-    std::size_t changed = 0;  // differ from the file
-    std::size_t limited = 0;  // lost influences to the limit
-    std::size_t weightless = 0; // changed, and nothing pulls them now
+    std::size_t changed = 0;      // differ from the file
+    std::size_t limited = 0;      // lost influences to the limit
+    std::size_t weightless = 0;   // changed, and nothing pulls them now
     std::size_t unequalSeams = 0; // control points at the place of another, with other weights
     double dropped = 0;
 };

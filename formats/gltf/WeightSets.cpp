@@ -38,16 +38,15 @@ struct Bounds
     }
 };
 
-std::size_t SetsFor(std::size_t entries)
-{
-    return (entries + SLOTS_PER_SET - 1) / SLOTS_PER_SET;
-}
+std::size_t SetsFor(std::size_t entries) { return (entries + SLOTS_PER_SET - 1) / SLOTS_PER_SET; }
 
 double StoredComponent(const std::uint8_t* at, ComponentType type)
 {
     switch (type) {
-    case ComponentType::UInt8: return *at;
-    case ComponentType::Int8: return static_cast<std::int8_t>(*at);
+    case ComponentType::UInt8:
+        return *at;
+    case ComponentType::Int8:
+        return static_cast<std::int8_t>(*at);
     case ComponentType::UInt16: {
         std::uint16_t value = 0;
         std::memcpy(&value, at, sizeof value);
@@ -71,18 +70,20 @@ double StoredComponent(const std::uint8_t* at, ComponentType type)
     }
 }
 
-template <class Stored>
-void Store(std::uint8_t* at, Stored value)
-{
-    std::memcpy(at, &value, sizeof value);
-}
+template <class Stored> void Store(std::uint8_t* at, Stored value) { std::memcpy(at, &value, sizeof value); }
 
 void StoreWhole(std::uint8_t* at, std::uint32_t value, ComponentType type)
 {
     switch (type) {
-    case ComponentType::UInt8: *at = static_cast<std::uint8_t>(value); break;
-    case ComponentType::UInt16: Store(at, static_cast<std::uint16_t>(value)); break;
-    default: Store(at, value); break;
+    case ComponentType::UInt8:
+        *at = static_cast<std::uint8_t>(value);
+        break;
+    case ComponentType::UInt16:
+        Store(at, static_cast<std::uint16_t>(value));
+        break;
+    default:
+        Store(at, value);
+        break;
     }
 }
 
@@ -107,8 +108,8 @@ class SetWriter
 public:
     SetWriter(FileRewrite& rewrite, const SharedBytes& shared, JsonSplice& splice, const WeightTarget& target,
               const WeightRows& rows, const WeightSetOptions& options)
-        : m_rewrite(rewrite), m_file(rewrite.File()), m_shared(shared), m_splice(splice), m_target(target), m_rows(rows),
-          m_options(options), m_budget(m_file)
+        : m_rewrite(rewrite), m_file(rewrite.File()), m_shared(shared), m_splice(splice), m_target(target),
+          m_rows(rows), m_options(options), m_budget(m_file)
     {
         for (std::size_t s = 0; s < target.accessors.joints.size(); ++s) {
             m_joints.push_back(ReadHalf(target.accessors.joints[s]));
@@ -119,7 +120,9 @@ public:
     void Write()
     {
         const std::size_t keptSets =
-            m_options.mostSets == 0 ? m_joints.size() : std::min<std::size_t>(m_joints.size(), static_cast<std::size_t>(m_options.mostSets));
+            m_options.mostSets == 0
+                ? m_joints.size()
+                : std::min<std::size_t>(m_joints.size(), static_cast<std::size_t>(m_options.mostSets));
         FindWritten(keptSets);
         std::size_t sets = keptSets;
         if (!m_written.empty()) {
@@ -191,10 +194,9 @@ private:
             return ComponentType::Float;
         }
         const Accessor& first = m_weights.front().accessor;
-        const bool isUniform = std::all_of(m_weights.begin(), m_weights.begin() + static_cast<std::ptrdiff_t>(m_target.accessors.weights.size()),
-                                           [&first](const OldHalf& half) {
-                                               return half.accessor.type == first.type && half.accessor.normalised;
-                                           });
+        const bool isUniform = std::all_of(
+            m_weights.begin(), m_weights.begin() + static_cast<std::ptrdiff_t>(m_target.accessors.weights.size()),
+            [&first](const OldHalf& half) { return half.accessor.type == first.type && half.accessor.normalised; });
         const bool isKept = first.type == ComponentType::UInt8 || first.type == ComponentType::UInt16;
         return isUniform && isKept ? first.type : ComponentType::Float;
     }
@@ -218,7 +220,8 @@ private:
                 RoundToUnits(row, static_cast<std::uint32_t>(NormalisingDivisor(type)), units);
             }
             for (std::size_t k = 0; k < row.size(); ++k) {
-                std::uint8_t* at = &m_weightSlots[k / SLOTS_PER_SET].bytes[(i * SLOTS_PER_SET + k % SLOTS_PER_SET) * size];
+                std::uint8_t* at =
+                    &m_weightSlots[k / SLOTS_PER_SET].bytes[(i * SLOTS_PER_SET + k % SLOTS_PER_SET) * size];
                 if (type == ComponentType::Float) {
                     Store(at, floats[k]);
                     m_isUsed[i * sets * SLOTS_PER_SET + k] = floats[k] != 0 ? 1 : 0;
@@ -253,7 +256,8 @@ private:
     }
 
     // Slots without weight, rounded away or never used, name joint 0.
-    [[nodiscard]] std::uint32_t JointInSlot(std::size_t written, std::size_t set, std::size_t slot, std::size_t sets) const
+    [[nodiscard]] std::uint32_t JointInSlot(std::size_t written, std::size_t set, std::size_t slot,
+                                            std::size_t sets) const
     {
         const std::span<const Influence> row = RowOf(m_written[written]);
         const std::size_t k = set * SLOTS_PER_SET + slot;
@@ -350,7 +354,8 @@ private:
             return;
         }
         for (std::size_t c = 0; c < SLOTS_PER_SET; ++c) {
-            if (std::isfinite(truth[c]) && static_cast<float>(m_file.FiniteNumber(numbers[c])) != static_cast<float>(truth[c])) {
+            if (std::isfinite(truth[c]) &&
+                static_cast<float>(m_file.FiniteNumber(numbers[c])) != static_cast<float>(truth[c])) {
                 m_splice.Replace(numbers[c], JsonNumber(truth[c]));
             }
         }
@@ -413,8 +418,8 @@ private:
         }
     }
 
-    // Also goes what was never read, half a set or a set behind a gap: the sets before it are whole now, so others would
-    // begin to see it.
+    // Also goes what was never read, half a set or a set behind a gap: the sets before it are whole now, so others
+    // would begin to see it.
     void RemoveSetsFrom(std::size_t first)
     {
         for (const JsonValue attributes : m_target.attributeObjects) {
@@ -440,8 +445,8 @@ private:
     DecodeBudget m_budget;
     std::vector<OldHalf> m_joints;
     std::vector<OldHalf> m_weights;
-    std::vector<std::size_t> m_written;   // file vertices
-    std::vector<std::uint8_t> m_isUsed;   // by written vertex and slot: its weight is not 0
+    std::vector<std::size_t> m_written; // file vertices
+    std::vector<std::uint8_t> m_isUsed; // by written vertex and slot: its weight is not 0
     std::vector<EncodedSlots> m_jointSlots;
     std::vector<EncodedSlots> m_weightSlots;
 };

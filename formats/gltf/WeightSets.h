@@ -20,7 +20,7 @@ struct WeightTarget
     AttributeAccessors accessors;            // of the first
     std::size_t vertexCount = 0;
     std::span<const std::int32_t> deskVertices; // file vertex -> row owner; empty: vertex i is row owner i
-    bool mayOverwrite = false; // no other mesh entry needs the old values
+    bool mayOverwrite = false;                  // no other mesh entry needs the old values
 };
 
 struct WeightSetOptions

@@ -136,17 +136,16 @@ private:
             }
             WeightRows rows = RowsOf(static_cast<int>(n));
             std::vector<MeshGroup>& variants = groups[node.mesh];
-            const auto same = std::find_if(variants.begin(), variants.end(),
-                                           [&rows](const MeshGroup& g) { return g.rows == rows; });
+            const auto same =
+                std::find_if(variants.begin(), variants.end(), [&rows](const MeshGroup& g) { return g.rows == rows; });
             if (same != variants.end()) {
                 same->nodes.push_back(static_cast<int>(n));
             } else {
                 variants.push_back({{static_cast<int>(n)}, std::move(rows)});
             }
         }
-        std::erase_if(groups, [](const auto& entry) {
-            return entry.second.size() == 1 && entry.second.front().rows.IsEmpty();
-        });
+        std::erase_if(
+            groups, [](const auto& entry) { return entry.second.size() == 1 && entry.second.front().rows.IsEmpty(); });
         return groups;
     }
 
@@ -236,11 +235,8 @@ private:
         const WeightRows standInRows = MakeStandInRows(MeshOf(mesh), rows, most);
         const JsonValue primitive = m_file.Array(m_file.Json().Member(value, "primitives")).front();
         const JsonValue attributes = m_file.Json().Member(primitive, "attributes");
-        const WeightTarget standIn{{attributes},
-                                   FindAttributes(m_file, attributes, nullptr),
-                                   standInRows.rowOf.size(),
-                                   {},
-                                   mayOverwrite};
+        const WeightTarget standIn{
+            {attributes}, FindAttributes(m_file, attributes, nullptr), standInRows.rowOf.size(), {}, mayOverwrite};
         WriteWeightSets(m_rewrite, *m_shared, splice, standIn, standInRows, m_setOptions);
     }
 

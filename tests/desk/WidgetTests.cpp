@@ -163,7 +163,8 @@ TEST(ListView, DragOverRowsIsOneEvent)
     QWidget* const viewport = stage.View()->viewport();
     QTest::mousePress(viewport, Qt::LeftButton, {}, stage.Place(1));
     for (const int row : {2, 3, 4}) {
-        QMouseEvent move(QEvent::MouseMove, stage.Place(row), viewport->mapToGlobal(stage.Place(row)), Qt::NoButton, Qt::LeftButton, {});
+        QMouseEvent move(QEvent::MouseMove, stage.Place(row), viewport->mapToGlobal(stage.Place(row)), Qt::NoButton,
+                         Qt::LeftButton, {});
         QApplication::sendEvent(viewport, &move);
     }
     EXPECT_THAT(stage.recorder.events, SizeIs(0));
@@ -313,7 +314,8 @@ struct FormStage
         using enum ZtAttachment;
         form.SetDesignSize(300, 200);
         const auto place = [this](ZtView& view, int top) {
-            form.AddRegion(view.GetObjectName().c_str(), {10, Left, {}, 1}, {top, Top, {}, 1}, {80, Size, {}, 1}, {20, Size, {}, 1});
+            form.AddRegion(view.GetObjectName().c_str(), {10, Left, {}, 1}, {top, Top, {}, 1}, {80, Size, {}, 1},
+                           {20, Size, {}, 1});
             form.SetRegionView(view.GetObjectName().c_str(), &view);
         };
         label.SetCaption("Speed :");

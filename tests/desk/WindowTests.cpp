@@ -49,8 +49,8 @@ protected:
     }
     QModelIndex TreeRow(const char* name)
     {
-        const QModelIndexList found =
-            Tree()->model()->match(Tree()->model()->index(0, 0), Qt::DisplayRole, name, 1, Qt::MatchExactly | Qt::MatchRecursive);
+        const QModelIndexList found = Tree()->model()->match(Tree()->model()->index(0, 0), Qt::DisplayRole, name, 1,
+                                                             Qt::MatchExactly | Qt::MatchRecursive);
         return found.isEmpty() ? QModelIndex() : found.first();
     }
     void ClickTree(const char* name, int column = 0)
@@ -58,7 +58,8 @@ protected:
         const QModelIndex row = TreeRow(name);
         ASSERT_TRUE(row.isValid()) << name;
         Tree()->scrollTo(row);
-        QTest::mouseClick(Tree()->viewport(), Qt::LeftButton, {}, Tree()->visualRect(row.siblingAtColumn(column)).center());
+        QTest::mouseClick(Tree()->viewport(), Qt::LeftButton, {},
+                          Tree()->visualRect(row.siblingAtColumn(column)).center());
     }
 };
 
@@ -98,7 +99,8 @@ TEST_F(DeskWindow, RecentFilesAreKeptBetweenStarts)
     ASSERT_EQ(Preferences::RecentFiles().size(), 1);
     EXPECT_EQ(Preferences::RecentFiles().first(), Figure());
     const auto actions = window->findChildren<QAction*>();
-    const auto recent = std::find_if(actions.begin(), actions.end(), [](QAction* action) { return action->text() == "figure.glb"; });
+    const auto recent =
+        std::find_if(actions.begin(), actions.end(), [](QAction* action) { return action->text() == "figure.glb"; });
     ASSERT_NE(recent, actions.end());
     (*recent)->trigger();
     EXPECT_NE(Model("Figure"), nullptr);
@@ -155,7 +157,8 @@ TEST_F(DeskWindow, AltDragTakesModelsOutOfTheTool)
     givesUp.start(50);
     QTest::mousePress(list->viewport(), Qt::LeftButton, Qt::AltModifier, row);
     const QPoint far = row + QPoint(40, 40);
-    QMouseEvent move(QEvent::MouseMove, far, list->viewport()->mapToGlobal(far), Qt::NoButton, Qt::LeftButton, Qt::AltModifier);
+    QMouseEvent move(QEvent::MouseMove, far, list->viewport()->mapToGlobal(far), Qt::NoButton, Qt::LeftButton,
+                     Qt::AltModifier);
     QApplication::sendEvent(list->viewport(), &move);
     EXPECT_EQ(list->model()->index(0, 0).data().toString(), "Drop models here");
     EXPECT_EQ(GlobalDragAndDrop_GetCount(), 0);
@@ -339,14 +342,16 @@ TEST_F(DeskWindow, MessageOfAToolIsADialogWithItsButtons)
     EXPECT_EQ(title, "Skinning Tool");
     EXPECT_EQ(buttons, QStringList({"Yes", "No"}));
     WithNextDialog<QMessageBox>([](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Escape); });
-    EXPECT_EQ(ZtDisplayMessage("Skinning Tool", "Merge ?", "Yes", "No", nullptr, 0, 0), 2) << "Escape is the safe answer";
+    EXPECT_EQ(ZtDisplayMessage("Skinning Tool", "Merge ?", "Yes", "No", nullptr, 0, 0), 2)
+        << "Escape is the safe answer";
 }
 
 TEST_F(DeskWindow, EveryFieldThatTakesTheFocusHasAName)
 {
     OpenFigure();
     for (const QWidget* const widget : window->findChildren<QWidget*>()) {
-        const bool isPart = widget->objectName().startsWith("qt_") || qobject_cast<QAbstractSpinBox*>(widget->parentWidget()) != nullptr ||
+        const bool isPart = widget->objectName().startsWith("qt_") ||
+                            qobject_cast<QAbstractSpinBox*>(widget->parentWidget()) != nullptr ||
                             qobject_cast<QComboBox*>(widget->parentWidget()) != nullptr;
         if (!widget->isVisible() || widget->focusPolicy() == Qt::NoFocus || isPart || widget->inherits("QTabBar") ||
             widget->inherits("QScrollArea") || widget->inherits("QHeaderView") || widget->inherits("QTextBrowser"))

@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 
@@ -35,9 +36,11 @@ TEST_P(WeightType, IsDecoded)
     for (std::size_t v = 0; v < 8; ++v) {
         numbers[v * 4] = GetParam().one;
     }
-    b.Primitive()["attributes"]["WEIGHTS_0"] = b.AddAccessor("VEC4", GetParam().componentType, numbers, GetParam().normalised);
+    b.Primitive()["attributes"]["WEIGHTS_0"] =
+        b.AddAccessor("VEC4", GetParam().componentType, numbers, GetParam().normalised);
     const CharacterFile file = b.Read();
-    EXPECT_THAT(RowOf(file.meshes[0].influences, 0), ElementsAre(Pair(0, testing::DoubleNear(GetParam().decoded, 1e-7))));
+    EXPECT_THAT(RowOf(file.meshes[0].influences, 0),
+                ElementsAre(Pair(0, testing::DoubleNear(GetParam().decoded, 1e-7))));
 }
 
 INSTANTIATE_TEST_SUITE_P(All, WeightType,
@@ -212,6 +215,22 @@ TEST(Accessor, ASmallFileThatNamesOneArrayThousandsOfTimesIsRefused)
             {{"primitives", Json::array({{{"attributes", {{"POSITION", b.json["accessors"].size() - 1}}}}})}});
     }
     EXPECT_THAT(RefusalOf(b.Glb()), HasSubstr("names them so often"));
+}
+
+TEST(Accessor, NumbersAtOddPlacesAreReadAndReported)
+{
+    GltfBuilder b = MakeValidCharacter();
+    const std::size_t view = b.Accessor("WEIGHTS_0")["bufferView"];
+    const CharacterFile plain = b.Read();
+    const std::size_t start = b.json["bufferViews"][view]["byteOffset"];
+    std::vector<std::uint8_t> shifted(129);
+    std::copy_n(b.buffer.begin() + static_cast<std::ptrdiff_t>(start), 128, shifted.begin() + 1);
+    b.Accessor("WEIGHTS_0")["bufferView"] = b.AddView(shifted);
+    b.Accessor("WEIGHTS_0")["byteOffset"] = 1;
+    const CharacterFile odd = b.Read();
+    EXPECT_EQ(odd.meshes[0].influences.weights, plain.meshes[0].influences.weights);
+    EXPECT_THAT(odd.warnings,
+                ElementsAre("/accessors/2: 1 accessor does not begin at a multiple of the size of their numbers"));
 }
 
 TEST(Accessor, UnknownTypesAreNamed)

@@ -74,10 +74,7 @@ TEST(Glb, ZeroBytesBehindTheJsonArePadding)
     EXPECT_EQ(RefusalOf(ReadBytes(folder / "tiny.glb")), "");
 }
 
-TEST(Glb, AGlbNamedGltfIsReadByItsContent)
-{
-    EXPECT_EQ(RefusalOf(MakeValidCharacter().Glb(), "tiny.gltf"), "");
-}
+TEST(Glb, AGlbNamedGltfIsReadByItsContent) { EXPECT_EQ(RefusalOf(MakeValidCharacter().Glb(), "tiny.gltf"), ""); }
 
 TEST(Glb, ChunksThatNobodyKnowsAndBytesBehindTheEndSurviveAnEdit)
 {
@@ -107,13 +104,13 @@ TEST(BufferFile, PercentEncodedNamesInTheFolderAndBelowItAreRead)
     const TemporaryFolder folder;
     const GltfBuilder b = MakeValidCharacter();
     std::filesystem::create_directory(folder / "sub dir");
-    for (const auto& [uri, name] : std::vector<std::pair<std::string, std::string>>{
-             {"b%C3%BCffer%20one.bin", "b\xC3\xBC"
-                                       "ffer one.bin"},
-             {"sub%20dir/x.bin", "sub dir/x.bin"},
-             {"./plain.bin", "plain.bin"},
-             {"100%25.bin", "100%.bin"},
-             {"with space.bin", "with space.bin"}}) {
+    for (const auto& [uri, name] :
+         std::vector<std::pair<std::string, std::string>>{{"b%C3%BCffer%20one.bin", "b\xC3\xBC"
+                                                                                    "ffer one.bin"},
+                                                          {"sub%20dir/x.bin", "sub dir/x.bin"},
+                                                          {"./plain.bin", "plain.bin"},
+                                                          {"100%25.bin", "100%.bin"},
+                                                          {"with space.bin", "with space.bin"}}) {
         WriteBytes(folder / name, b.buffer);
         WriteBytes(folder / "c.gltf", b.TextWithFile(uri));
         EXPECT_EQ(gltf::ReadCharacter(folder / "c.gltf").meshes[0].VertexCount(), 8u) << uri;
@@ -126,9 +123,9 @@ TEST(BufferFile, NamesThatLeaveTheFolderAreRefused)
     const GltfBuilder b = MakeValidCharacter();
     std::filesystem::create_directory(folder / "inner");
     WriteBytes(folder / "b.bin", b.buffer);
-    for (const std::string uri : {"../b.bin", "x/../../b.bin", "%2e%2e/b.bin", "..%2fb.bin", "/etc/passwd", "%2Fetc/passwd",
-                                  "file:///etc/passwd", "http://example.org/b.bin", "HTTPS:b.bin", "b%00.bin", "b%2.bin",
-                                  "b%zz.bin", ""}) {
+    for (const std::string uri :
+         {"../b.bin", "x/../../b.bin", "%2e%2e/b.bin", "..%2fb.bin", "/etc/passwd", "%2Fetc/passwd",
+          "file:///etc/passwd", "http://example.org/b.bin", "HTTPS:b.bin", "b%00.bin", "b%2.bin", "b%zz.bin", ""}) {
         WriteBytes(folder / "inner/c.gltf", b.TextWithFile(uri));
         EXPECT_THROW(static_cast<void>(gltf::ReadCharacter(folder / "inner/c.gltf")), gltf::FileError) << uri;
     }
@@ -183,7 +180,8 @@ TEST(File, FoldersPipesAndMissingFilesAreRefusedWithoutWaiting)
 TEST(DataUri, ThatIsNotBase64IsRefused)
 {
     const GltfBuilder b = MakeValidCharacter();
-    EXPECT_THAT(RefusalOf(b.TextWithFile("data:application/octet-stream,abc"), "c.gltf"), HasSubstr("not marked as base64"));
+    EXPECT_THAT(RefusalOf(b.TextWithFile("data:application/octet-stream,abc"), "c.gltf"),
+                HasSubstr("not marked as base64"));
     EXPECT_THAT(RefusalOf(b.TextWithFile("data:;base64,AAA\xC3\xA9"), "c.gltf"), HasSubstr("no base64"));
     EXPECT_THAT(RefusalOf(b.TextWithFile("data:;base64,AAAAA"), "c.gltf"), HasSubstr("no base64"));
     EXPECT_THAT(RefusalOf(b.TextWithFile("data:;base64,AAAA"), "c.gltf"), HasSubstr("3 are there"));
@@ -240,8 +238,8 @@ TEST(File, EveryWrongTypeOfAJsonValueIsASentence)
     const auto flat = b.json.flatten();
     std::size_t refused = 0;
     for (const auto& [pointer, value] : flat.items()) {
-        for (const Json& wrong : {Json("text"), Json(-1), Json(1.5), Json(nullptr), Json(1e300), Json::array(), Json::object(),
-                                  Json(4294967296), Json(true)}) {
+        for (const Json& wrong : {Json("text"), Json(-1), Json(1.5), Json(nullptr), Json(1e300), Json::array(),
+                                  Json::object(), Json(4294967296), Json(true)}) {
             GltfBuilder spoiled = b;
             spoiled.json[Json::json_pointer(pointer)] = wrong;
             const std::string refusal = RefusalOf(spoiled.Glb());

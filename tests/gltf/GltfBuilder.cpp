@@ -17,8 +17,7 @@ void Append(std::vector<std::uint8_t>& bytes, const void* from, std::size_t size
     bytes.insert(bytes.end(), raw, raw + size);
 }
 
-template <class Stored>
-void AppendAs(std::vector<std::uint8_t>& bytes, double value)
+template <class Stored> void AppendAs(std::vector<std::uint8_t>& bytes, double value)
 {
     const auto stored = static_cast<Stored>(value);
     Append(bytes, &stored, sizeof stored);
@@ -27,12 +26,24 @@ void AppendAs(std::vector<std::uint8_t>& bytes, double value)
 void AppendComponent(std::vector<std::uint8_t>& bytes, int type, double value)
 {
     switch (type) {
-    case 5120: AppendAs<std::int8_t>(bytes, value); break;
-    case 5121: AppendAs<std::uint8_t>(bytes, value); break;
-    case 5122: AppendAs<std::int16_t>(bytes, value); break;
-    case 5123: AppendAs<std::uint16_t>(bytes, value); break;
-    case 5125: AppendAs<std::uint32_t>(bytes, value); break;
-    default: AppendAs<float>(bytes, value); break;
+    case 5120:
+        AppendAs<std::int8_t>(bytes, value);
+        break;
+    case 5121:
+        AppendAs<std::uint8_t>(bytes, value);
+        break;
+    case 5122:
+        AppendAs<std::int16_t>(bytes, value);
+        break;
+    case 5123:
+        AppendAs<std::uint16_t>(bytes, value);
+        break;
+    case 5125:
+        AppendAs<std::uint32_t>(bytes, value);
+        break;
+    default:
+        AppendAs<float>(bytes, value);
+        break;
     }
 }
 
@@ -64,10 +75,7 @@ std::string Base64(const std::vector<std::uint8_t>& bytes)
 
 } // namespace
 
-GltfBuilder::GltfBuilder()
-{
-    json = {{"asset", {{"version", "2.0"}}}};
-}
+GltfBuilder::GltfBuilder() { json = {{"asset", {{"version", "2.0"}}}}; }
 
 std::size_t GltfBuilder::AddView(const std::vector<std::uint8_t>& bytes)
 {
@@ -84,7 +92,9 @@ std::size_t GltfBuilder::AddAccessor(const std::string& shape, int componentType
     for (const double x : numbers) {
         AppendComponent(bytes, componentType, x);
     }
-    Json accessor{{"bufferView", AddView(bytes)}, {"componentType", componentType}, {"type", shape},
+    Json accessor{{"bufferView", AddView(bytes)},
+                  {"componentType", componentType},
+                  {"type", shape},
                   {"count", numbers.size() / ComponentsOf(shape)}};
     if (normalised) {
         accessor["normalized"] = true;
@@ -159,7 +169,8 @@ GltfBuilder MakeValidCharacter()
     b.json["meshes"] = Json::array({{{"name", "stripMesh"}, {"primitives", Json::array()}}});
     b.json["meshes"][0]["primitives"].push_back(
         {{"attributes", {{"POSITION", position}, {"JOINTS_0", joint}, {"WEIGHTS_0", weight}}}, {"indices", index}});
-    b.json["skins"] = Json::array({{{"joints", {1, 2}}, {"inverseBindMatrices", b.AddAccessor("MAT4", 5126, matrices)}}});
+    b.json["skins"] =
+        Json::array({{{"joints", {1, 2}}, {"inverseBindMatrices", b.AddAccessor("MAT4", 5126, matrices)}}});
     return b;
 }
 
@@ -210,10 +221,7 @@ std::vector<std::pair<std::uint32_t, double>> RowOf(const gltf::Influences& infl
     return row;
 }
 
-std::vector<std::uint8_t> BytesOf(const std::string& text)
-{
-    return {text.begin(), text.end()};
-}
+std::vector<std::uint8_t> BytesOf(const std::string& text) { return {text.begin(), text.end()}; }
 
 TemporaryFolder::TemporaryFolder()
 {
@@ -240,9 +248,6 @@ std::vector<std::string> TemporaryFolder::Names() const
     return names;
 }
 
-std::string DataPath(const std::string& name)
-{
-    return std::string(SKINDESK_TEST_DATA) + "/" + name;
-}
+std::string DataPath(const std::string& name) { return std::string(SKINDESK_TEST_DATA) + "/" + name; }
 
 } // namespace skindesk::test

@@ -31,14 +31,17 @@ public:
     // Raw bytes as a buffer view; returns its index.
     std::size_t AddView(const std::vector<std::uint8_t>& bytes);
 
-    Json& Primitive(std::size_t mesh = 0, std::size_t primitive = 0) { return json["meshes"][mesh]["primitives"][primitive]; }
+    Json& Primitive(std::size_t mesh = 0, std::size_t primitive = 0)
+    {
+        return json["meshes"][mesh]["primitives"][primitive];
+    }
     Json& Accessor(const std::string& attribute)
     {
         return json["accessors"][Primitive()["attributes"][attribute].get<std::size_t>()];
     }
 
     [[nodiscard]] std::vector<std::uint8_t> Glb() const;
-    [[nodiscard]] std::vector<std::uint8_t> Text() const;                          // buffer as a data URI
+    [[nodiscard]] std::vector<std::uint8_t> Text() const;                               // buffer as a data URI
     [[nodiscard]] std::vector<std::uint8_t> TextWithFile(const std::string& uri) const; // buffer elsewhere
 
     [[nodiscard]] gltf::CharacterFile Read() const { return gltf::ReadCharacter(Glb(), "tiny.glb"); }
@@ -59,10 +62,7 @@ void SetRow(gltf::ModelWeights& weights, std::size_t vertex,
 std::vector<std::pair<std::uint32_t, double>> RowOf(const gltf::Influences& influences, std::size_t vertex);
 
 // A weight that went through single precision.
-inline auto Near(double weight)
-{
-    return testing::DoubleNear(weight, gltf::WEIGHT_TOLERANCE);
-}
+inline auto Near(double weight) { return testing::DoubleNear(weight, gltf::WEIGHT_TOLERANCE); }
 
 // Text of a `.gltf` as bytes, for reading.
 std::vector<std::uint8_t> BytesOf(const std::string& text);

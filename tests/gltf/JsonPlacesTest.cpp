@@ -61,7 +61,8 @@ TEST(JsonPlaces, UnescapesStringsAndKeys)
 
 TEST(JsonPlaces, NumbersBeyondADoubleAreInfiniteOrZero)
 {
-    const std::string text = "[1e999, -1e999, 1e-999, 0.1, -0, 123456789012345678901234567890, 0.00001e-400, 100000e400]";
+    const std::string text =
+        "[1e999, -1e999, 1e-999, 0.1, -0, 123456789012345678901234567890, 0.00001e-400, 100000e400]";
     const JsonPlaces places(text);
     const auto at = [&places](const char* pointer) { return places.Number(places.At(pointer)); };
     EXPECT_EQ(at("/0"), INFINITY);

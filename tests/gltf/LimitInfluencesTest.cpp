@@ -70,8 +70,7 @@ TEST(LimitInfluences, KeepsTheLargestRenormalisesAndCountsWhatWasLost)
     EXPECT_EQ(report.verticesChanged, 0u);
     const CharacterFile saved = gltf::ReadCharacter(folder / "a.glb");
     EXPECT_THAT(RowOf(saved.meshes[0].influences, 0),
-                ElementsAre(Pair(0, Near(0.4)), Pair(1, Near(0.25 / 0.75)),
-                            Pair(2, Near(0.2 / 0.75))));
+                ElementsAre(Pair(0, Near(0.4)), Pair(1, Near(0.25 / 0.75)), Pair(2, Near(0.2 / 0.75))));
 }
 
 TEST(LimitInfluences, RemovesSetsThatAreNoLongerNeededWithoutLosingWeightInThem)

@@ -47,10 +47,7 @@ GltfBuilder MakeSurface()
     return b;
 }
 
-Json& Extension(GltfBuilder& b)
-{
-    return b.json["meshes"][0]["extensions"]["TW_nurbs_surface"];
-}
+Json& Extension(GltfBuilder& b) { return b.json["meshes"][0]["extensions"]["TW_nurbs_surface"]; }
 
 TEST(NurbsSurface, ItsControlPointsAreTheVertices)
 {
@@ -80,16 +77,29 @@ TEST(NurbsSurface, WhatDoesNotFitTogetherIsRefusedWithBothNumbers)
         spoil(b);
         return RefusalOf(b.Glb());
     };
-    EXPECT_THAT(refusal([](auto& b) { Extension(b)["count"] = {3, 3}; }), HasSubstr("4 numbers stand here, 5 are needed"));
-    EXPECT_THAT(refusal([](auto& b) { Extension(b)["degree"] = {3, 1}; }), HasSubstr("degree 3 needs at least 4 control points, there are 3"));
+    EXPECT_THAT(refusal([](auto& b) {
+                    Extension(b)["count"] = {3, 3};
+                }),
+                HasSubstr("4 numbers stand here, 5 are needed"));
+    EXPECT_THAT(refusal([](auto& b) {
+                    Extension(b)["degree"] = {3, 1};
+                }),
+                HasSubstr("degree 3 needs at least 4 control points, there are 3"));
     EXPECT_THAT(refusal([](auto& b) { Extension(b)["degree"] = {0, 1}; }), HasSubstr("degree is 0, at least 1"));
-    EXPECT_THAT(refusal([](auto& b) { Extension(b)["grid"] = {4, 2}; }), HasSubstr("grid is 4 times 2, primitive 0 has 6 vertices"));
+    EXPECT_THAT(refusal([](auto& b) {
+                    Extension(b)["grid"] = {4, 2};
+                }),
+                HasSubstr("grid is 4 times 2, primitive 0 has 6 vertices"));
     EXPECT_THAT(refusal([](auto& b) { Extension(b)["knots"][1] = {0, 1, 0, 1}; }), HasSubstr("the knots descend"));
     EXPECT_THAT(refusal([](auto& b) { Extension(b)["knots"][1] = {0, 0, 0, 1}; }), HasSubstr("is empty"));
     EXPECT_THAT(refusal([](auto& b) { Extension(b).erase("attributes"); }), HasSubstr("no attributes"));
-    EXPECT_THAT(refusal([](auto& b) { Extension(b)["attributes"]["POSITION"] = b.AddAccessor("VEC3", 5126, {0, 0, 0}); }),
+    EXPECT_THAT(refusal([](auto& b) {
+                    Extension(b)["attributes"]["POSITION"] = b.AddAccessor("VEC3", 5126, {0, 0, 0});
+                }),
                 HasSubstr("1 control point is there, count says 3 times 2"));
-    EXPECT_THAT(refusal([](auto& b) { Extension(b)["attributes"]["POINT_WEIGHT"] = b.AddAccessor("SCALAR", 5126, {1, 1, 0, 1, 1, 1}); }),
+    EXPECT_THAT(refusal([](auto& b) {
+                    Extension(b)["attributes"]["POINT_WEIGHT"] = b.AddAccessor("SCALAR", 5126, {1, 1, 0, 1, 1, 1});
+                }),
                 HasSubstr("the weight of control point 2 is not above 0"));
     EXPECT_THAT(refusal([](auto& b) { Extension(b)["count"] = {2147483648.0, 2}; }), HasSubstr("count is 2147483648"));
     EXPECT_THAT(refusal([](auto& b) { b.json["meshes"][0]["primitives"] = Json::array(); }), HasSubstr("no primitive"));
@@ -177,7 +187,8 @@ protected:
 TEST_F(ClosedSurface, UnequalWeightsAtTheSeamAreReported)
 {
     const gltf::SaveReport report = gltf::WriteCharacter(m_file, m_edits, {}, m_folder / "a.glb");
-    EXPECT_THAT(report.warnings, ElementsAre(HasSubstr("1 control point lies at the place of another with other weights")));
+    EXPECT_THAT(report.warnings,
+                ElementsAre(HasSubstr("1 control point lies at the place of another with other weights")));
     EXPECT_THAT(RowOf(gltf::ReadCharacter(m_folder / "a.glb").meshes[0].influences, 2), ElementsAre(Pair(0, 1.0)));
 }
 

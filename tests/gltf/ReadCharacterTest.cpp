@@ -146,7 +146,8 @@ TEST(ReadWeights, AllSetsAreRead)
                 weights.push_back(set * 4 + k < 11 ? 0.0625 : 0);
             }
         }
-        b.Primitive()["attributes"]["JOINTS_" + std::to_string(set)] = b.AddAccessor("VEC4", set == 1 ? 5123 : 5121, joints);
+        b.Primitive()["attributes"]["JOINTS_" + std::to_string(set)] =
+            b.AddAccessor("VEC4", set == 1 ? 5123 : 5121, joints);
         b.Primitive()["attributes"]["WEIGHTS_" + std::to_string(set)] = b.AddAccessor("VEC4", 5126, weights);
     }
     const CharacterFile file = b.Read();
@@ -158,16 +159,18 @@ TEST(ReadWeights, AllSetsAreRead)
 TEST(ReadWeights, OddOnesAreKeptAndCountedInOneLine)
 {
     GltfBuilder b = MakeValidCharacter();
-    const std::vector<double> weights{NAN, 0.5, 0, 0, INFINITY, 0, 0, 0, -0.5, 1.5, 0, 0, 0, 0, 0, 0,
-                                      0.25, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0};
-    b.Primitive()["attributes"]["JOINTS_0"] = b.AddAccessor("VEC4", 5121, std::vector<double>{0, 1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0,
-                                                                                              0, 1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0});
+    const std::vector<double> weights{NAN,  0.5, 0, 0, INFINITY, 0, 0, 0, -0.5, 1.5, 0, 0, 0, 0, 0, 0,
+                                      0.25, 0,   0, 0, 1,        0, 0, 0, 1,    0,   0, 0, 1, 0, 0, 0};
+    b.Primitive()["attributes"]["JOINTS_0"] =
+        b.AddAccessor("VEC4", 5121, std::vector<double>{0, 1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0,
+                                                        0, 1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0});
     b.Primitive()["attributes"]["WEIGHTS_0"] = b.AddAccessor("VEC4", 5126, weights);
     const CharacterFile file = b.Read();
     ASSERT_THAT(file.warnings, testing::SizeIs(1));
-    EXPECT_THAT(file.warnings[0], HasSubstr("1 with a weight that is not a number, 1 with an infinite weight, 1 with a "
-                                            "negative weight, 1 without any weight, 1 whose weights do not add up to one "
-                                            "(at worst 0.750000 off)"));
+    EXPECT_THAT(file.warnings[0],
+                HasSubstr("1 with a weight that is not a number, 1 with an infinite weight, 1 with a "
+                          "negative weight, 1 without any weight, 1 whose weights do not add up to one "
+                          "(at worst 0.750000 off)"));
     EXPECT_TRUE(std::isnan(RowOf(file.meshes[0].influences, 0)[0].second));
     EXPECT_THAT(RowOf(file.meshes[0].influences, 2), ElementsAre(Pair(0, -0.5), Pair(1, 1.5)));
     EXPECT_THAT(RowOf(file.meshes[0].influences, 3), IsEmpty());
@@ -291,17 +294,16 @@ TEST(ReadAnimations, ChannelsAndSamplersOfAllKindsAreRead)
     std::vector<double> spline(18, 0);
     spline[3] = 9;
     const std::size_t scales = b.AddAccessor("VEC3", 5126, spline);
-    b.json["animations"] = Json::array(
-        {{{"name", "walk"},
-          {"samplers",
-           {{{"input", times}, {"output", moves}},
-            {{"input", times}, {"output", turns}, {"interpolation", "STEP"}},
-            {{"input", times}, {"output", scales}, {"interpolation", "CUBICSPLINE"}}}},
-          {"channels",
-           {{{"sampler", 0}, {"target", {{"node", 1}, {"path", "translation"}}}},
-            {{"sampler", 1}, {"target", {{"node", 1}, {"path", "rotation"}}}},
-            {{"sampler", 2}, {"target", {{"node", 2}, {"path", "scale"}}}},
-            {{"sampler", 0}, {"target", {{"path", "pointer"}}}}}}}});
+    b.json["animations"] = Json::array({{{"name", "walk"},
+                                         {"samplers",
+                                          {{{"input", times}, {"output", moves}},
+                                           {{"input", times}, {"output", turns}, {"interpolation", "STEP"}},
+                                           {{"input", times}, {"output", scales}, {"interpolation", "CUBICSPLINE"}}}},
+                                         {"channels",
+                                          {{{"sampler", 0}, {"target", {{"node", 1}, {"path", "translation"}}}},
+                                           {{"sampler", 1}, {"target", {{"node", 1}, {"path", "rotation"}}}},
+                                           {{"sampler", 2}, {"target", {{"node", 2}, {"path", "scale"}}}},
+                                           {{"sampler", 0}, {"target", {{"path", "pointer"}}}}}}}});
     const CharacterFile file = b.Read();
     ASSERT_EQ(file.animations.size(), 1u);
     const gltf::Animation& walk = file.animations[0];
@@ -317,10 +319,10 @@ TEST(ReadAnimations, ChannelsAndSamplersOfAllKindsAreRead)
 TEST(ReadAnimations, TooFewNumbersAreRefusedWithBothCounts)
 {
     GltfBuilder b = MakeValidCharacter();
-    b.json["animations"] = Json::array({{{"samplers",
-                                          {{{"input", b.AddAccessor("SCALAR", 5126, {0, 1, 2})},
-                                            {"output", b.AddAccessor("VEC3", 5126, {0, 0, 0})}}}},
-                                         {"channels", {{{"sampler", 0}, {"target", {{"node", 1}, {"path", "translation"}}}}}}}});
+    b.json["animations"] = Json::array(
+        {{{"samplers",
+           {{{"input", b.AddAccessor("SCALAR", 5126, {0, 1, 2})}, {"output", b.AddAccessor("VEC3", 5126, {0, 0, 0})}}}},
+          {"channels", {{{"sampler", 0}, {"target", {{"node", 1}, {"path", "translation"}}}}}}}});
     EXPECT_THAT(RefusalOf(b.Glb()), HasSubstr("3 keys need 9 numbers for \"translation\", the output has 3"));
 }
 
@@ -328,10 +330,12 @@ TEST(ReadMaterials, TheBaseColourTextureLeadsToItsPicture)
 {
     GltfBuilder b = MakeValidCharacter();
     const std::size_t view = b.AddView({1, 2, 3, 4, 5});
-    b.json["images"] = Json::array({{{"uri", "data:image/png;base64,AQID"}}, {{"bufferView", view}, {"mimeType", "image/png"}}});
+    b.json["images"] =
+        Json::array({{{"uri", "data:image/png;base64,AQID"}}, {{"bufferView", view}, {"mimeType", "image/png"}}});
     b.json["textures"] = Json::array({{{"source", 1}}, {{"source", 0}}});
-    b.json["materials"] = Json::array(
-        {{{"pbrMetallicRoughness", {{"baseColorFactor", {1, 0.5, 0, 1}}, {"baseColorTexture", {{"index", 0}, {"texCoord", 1}}}}}}});
+    b.json["materials"] =
+        Json::array({{{"pbrMetallicRoughness",
+                       {{"baseColorFactor", {1, 0.5, 0, 1}}, {"baseColorTexture", {{"index", 0}, {"texCoord", 1}}}}}}});
     b.Primitive()["material"] = 0;
     const CharacterFile file = b.Read();
     EXPECT_EQ(file.meshes[0].primitives[0].material, 0);

@@ -100,7 +100,8 @@ TEST(SaveText, WhatDoesNotFitGoesIntoANewDataUri)
     static_cast<void>(gltf::WriteCharacter(file, EditWithNewJoint(file), {}, folder / "a.gltf"));
     const RawGltf raw = ReadRawGltf(folder / "a.gltf");
     ASSERT_EQ(raw.json["buffers"].size(), 2u);
-    EXPECT_THAT(raw.json["buffers"][1]["uri"].get<std::string>(), testing::StartsWith("data:application/octet-stream;base64,"));
+    EXPECT_THAT(raw.json["buffers"][1]["uri"].get<std::string>(),
+                testing::StartsWith("data:application/octet-stream;base64,"));
     EXPECT_THAT(ForeignChanges(ReadRawGltf(folder / "o.gltf"), raw), IsEmpty());
     EXPECT_EQ(gltf::ReadCharacter(folder / "a.gltf").skins[0].joints.size(), 3u);
     EXPECT_THAT(folder.Names(), ElementsAre("a.gltf", "o.gltf"));
@@ -216,7 +217,8 @@ TEST_F(BufferBesideTheFile, AnotherFileOfABuffersNameInTheOtherFolderIsNotOverwr
 {
     const TemporaryFolder other;
     WriteBytes(other / "data one.bin", {1, 2, 3});
-    EXPECT_THAT(FailureOf(m_file, EditOf(m_file), other / "hero.gltf"), HasSubstr("\"data one.bin\" beside it has other content"));
+    EXPECT_THAT(FailureOf(m_file, EditOf(m_file), other / "hero.gltf"),
+                HasSubstr("\"data one.bin\" beside it has other content"));
     EXPECT_THAT(other.Names(), ElementsAre("data one.bin"));
     EXPECT_EQ(ReadBytes(other / "data one.bin"), (std::vector<std::uint8_t>{1, 2, 3}));
     WriteBytes(other / "data one.bin", m_builder.buffer);
@@ -240,6 +242,18 @@ TEST_F(BufferBesideTheFile, ThatWasDeletedMeanwhileIsThereAgain)
     EXPECT_EQ(ReadBytes(m_folder / "data one.bin"), m_builder.buffer);
 }
 
+TEST_F(BufferBesideTheFile, AFailedSavingElsewhereTakesItsFilesAndFoldersBack)
+{
+    std::filesystem::create_directories(m_folder / "a/b");
+    WriteBytes(m_folder / "a/b/c.bin", m_builder.buffer);
+    WriteBytes(m_folder / "hero.gltf", m_builder.TextWithFile("a/b/c.bin"));
+    m_file = gltf::ReadCharacter(m_folder / "hero.gltf");
+    const TemporaryFolder other;
+    std::filesystem::create_directory(other / "taken.gltf");
+    EXPECT_NE(FailureOf(m_file, EditOf(m_file), other / "taken.gltf"), "");
+    EXPECT_THAT(other.Names(), ElementsAre("taken.gltf"));
+}
+
 TEST_F(BufferBesideTheFile, AFailedSavingLeavesNoNewFileBehind)
 {
     std::filesystem::create_directory(m_folder / "taken.gltf");
@@ -252,7 +266,8 @@ TEST(SaveFile, AnotherExtensionIsRefusedInOneSentence)
 {
     const CharacterFile file = MakeValidCharacter().Read();
     const TemporaryFolder folder;
-    EXPECT_THAT(FailureOf(file, {}, folder / "a.gltf"), HasSubstr("was opened as .glb and is saved as that, not as .gltf"));
+    EXPECT_THAT(FailureOf(file, {}, folder / "a.gltf"),
+                HasSubstr("was opened as .glb and is saved as that, not as .gltf"));
     EXPECT_THAT(FailureOf(file, {}, folder / "a"), HasSubstr("not as a file without extension"));
     EXPECT_EQ(FailureOf(file, {}, folder / "a.GLB"), "");
     EXPECT_THAT(folder.Names(), ElementsAre("a.GLB"));
@@ -294,7 +309,8 @@ TEST(SaveFile, AFolderAMissingFolderAndAPipeAreRefused)
     ASSERT_EQ(::mkfifo((folder / "p.glb").c_str(), 0600), 0);
     EXPECT_THAT(FailureOf(file, {}, folder / "d.glb"), HasSubstr("is a folder"));
     EXPECT_THAT(FailureOf(file, {}, folder / "p.glb"), HasSubstr("is not an ordinary file"));
-    EXPECT_THAT(FailureOf(file, {}, folder / "none/a.glb"), HasSubstr("cannot be written in this folder"));
+    EXPECT_THAT(FailureOf(file, {}, folder / "none/a.glb"),
+                HasSubstr("the folder that it should be saved in is not there"));
     EXPECT_THAT(folder.Names(), ElementsAre("d.glb", "p.glb"));
 }
 
@@ -338,7 +354,8 @@ TEST(SaveFile, WithoutPermissionNothingChanges)
     const auto failsAsSomeoneElse = [&](const char* words) {
         return RunApart([&] {
             constexpr uid_t NOBODY = 65534;
-            return (::geteuid() != 0 || ::setuid(NOBODY) == 0) && FailureOf(file, {}, path).find(words) != std::string::npos;
+            return (::geteuid() != 0 || ::setuid(NOBODY) == 0) &&
+                   FailureOf(file, {}, path).find(words) != std::string::npos;
         });
     };
     EXPECT_EQ(failsAsSomeoneElse("is write-protected"), 0);

@@ -138,8 +138,9 @@ TEST(SeamJoin, TheNormalOfAJoinedVertexIsTheMeanOfTheSeam)
     b.Primitive()["attributes"]["NORMAL"] = b.AddAccessor("VEC3", 5126, {1, 0, 0, 0, 1, 0, 0, 0, 0});
     const CharacterFile file = b.Read();
     const float half = std::sqrt(0.5F);
-    EXPECT_THAT(file.meshes[0].normals, ElementsAreArray({testing::FloatEq(half), testing::FloatEq(half), testing::FloatEq(0),
-                                                          testing::FloatEq(0), testing::FloatEq(0), testing::FloatEq(0)}));
+    EXPECT_THAT(file.meshes[0].normals,
+                ElementsAreArray({testing::FloatEq(half), testing::FloatEq(half), testing::FloatEq(0),
+                                  testing::FloatEq(0), testing::FloatEq(0), testing::FloatEq(0)}));
 }
 
 TEST(SeamJoin, AMillionEqualVerticesAreOne)

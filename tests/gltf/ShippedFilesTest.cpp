@@ -117,7 +117,8 @@ TEST_P(BrokenFile, GetsItsVerdictInOneLine)
 std::string NameOf(const std::string& file)
 {
     std::string name = file;
-    std::replace_if(name.begin(), name.end(), [](unsigned char c) { return std::isalnum(c) == 0; }, '_');
+    std::replace_if(
+        name.begin(), name.end(), [](unsigned char c) { return std::isalnum(c) == 0; }, '_');
     return name;
 }
 
@@ -151,7 +152,8 @@ TEST(BrokenFiles, ACompressedMeshIsRefusedByTheNameOfItsExtension)
 class Character : public testing::TestWithParam<std::string>
 {
 protected:
-    Character() : m_source(DataPath(GetParam())), m_saved(m_folder / std::filesystem::path(m_source).filename().string())
+    Character()
+        : m_source(DataPath(GetParam())), m_saved(m_folder / std::filesystem::path(m_source).filename().string())
     {
     }
 

@@ -26,8 +26,8 @@ using Row = std::vector<std::pair<std::uint32_t, double>>;
 class Saved
 {
 public:
-    Saved(const std::vector<std::uint8_t>& bytes, const std::map<std::size_t, Row>& rows, const SaveOptions& options = {},
-          const std::string& name = "tiny.glb")
+    Saved(const std::vector<std::uint8_t>& bytes, const std::map<std::size_t, Row>& rows,
+          const SaveOptions& options = {}, const std::string& name = "tiny.glb")
         : m_path(m_folder / name)
     {
         WriteBytes(m_folder / ("opened-" + name), bytes);
@@ -82,7 +82,8 @@ TEST(WriteWeights, FloatsAreOverwrittenInPlaceAndNothingElseChanges)
     for (const std::size_t offset : changes.bytes.at(0)) {
         const auto at = [&](const char* attribute, std::size_t size) {
             const auto& accessor = s.before.json["accessors"][s.AccessorOf(attribute)];
-            const std::size_t view = s.before.json["bufferViews"][accessor["bufferView"].get<std::size_t>()]["byteOffset"];
+            const std::size_t view =
+                s.before.json["bufferViews"][accessor["bufferView"].get<std::size_t>()]["byteOffset"];
             return offset >= view + 2 * size && offset < view + 3 * size;
         };
         EXPECT_TRUE(at("WEIGHTS_0", 16) || at("JOINTS_0", 8)) << offset;
@@ -116,8 +117,10 @@ TEST(WriteWeights, UntouchedVerticesKeepTheOrderOfTheirSlots)
         weights.insert(weights.end(), {0, 0.25, 0.5, 0.25});
     }
     b.Primitive()["attributes"]["JOINTS_0"] = b.AddAccessor("VEC4", 5121, joints);
-    b.Primitive()["attributes"]["WEIGHTS_0"] = b.AddAccessor("VEC4", 5121, {0, 63, 128, 64, 0, 63, 128, 64, 0, 63, 128, 64, 0, 63, 128, 64,
-                                                                            0, 63, 128, 64, 0, 63, 128, 64, 0, 63, 128, 64, 0, 63, 128, 64}, true);
+    b.Primitive()["attributes"]["WEIGHTS_0"] =
+        b.AddAccessor("VEC4", 5121, {0, 63, 128, 64, 0, 63, 128, 64, 0, 63, 128, 64, 0, 63, 128, 64,
+                                     0, 63, 128, 64, 0, 63, 128, 64, 0, 63, 128, 64, 0, 63, 128, 64},
+                      true);
     const Saved s(b.Glb(), ONE_EDIT);
     EXPECT_THAT(s.Slots("JOINTS_0", 5), ElementsAre(1, 0, 1, 0));
     EXPECT_THAT(s.Slots("WEIGHTS_0", 5), ElementsAre(0, 63.0F / 255, 128.0F / 255, 64.0F / 255));
@@ -204,8 +207,9 @@ TEST(WriteWeights, OddWeightsOfOtherVerticesAreKept)
     weights[5] = 1.5;
     weights[12] = INFINITY;
     b.Primitive()["attributes"]["WEIGHTS_0"] = b.AddAccessor("VEC4", 5126, weights);
-    b.Primitive()["attributes"]["JOINTS_0"] = b.AddAccessor("VEC4", 5121, std::vector<double>{0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
-                                                                                              0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
+    b.Primitive()["attributes"]["JOINTS_0"] =
+        b.AddAccessor("VEC4", 5121, std::vector<double>{0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
+                                                        0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
     const Saved s(b.Glb(), ONE_EDIT);
     EXPECT_EQ(s.report.verticesChanged, 1u);
     EXPECT_TRUE(std::isnan(s.Slots("WEIGHTS_0", 0)[0]));
@@ -290,8 +294,8 @@ TEST(WriteWeights, InterleavedWeightsAreOverwrittenBetweenTheirNeighbours)
     }
     const std::size_t view = b.AddView(bytes);
     b.json["bufferViews"][view]["byteStride"] = 32;
-    for (const auto& [attribute, type, offset] :
-         std::vector<std::tuple<std::string, int, int>>{{"POSITION", 5126, 0}, {"JOINTS_0", 5121, 12}, {"WEIGHTS_0", 5126, 16}}) {
+    for (const auto& [attribute, type, offset] : std::vector<std::tuple<std::string, int, int>>{
+             {"POSITION", 5126, 0}, {"JOINTS_0", 5121, 12}, {"WEIGHTS_0", 5126, 16}}) {
         b.Accessor(attribute)["bufferView"] = view;
         b.Accessor(attribute)["componentType"] = type;
         b.Accessor(attribute)["byteOffset"] = offset;

@@ -166,19 +166,22 @@ double Component(const std::uint8_t* at, int type)
         return static_cast<double>(value);
     };
     switch (type) {
-    case 5120: return load(std::int8_t{});
-    case 5121: return load(std::uint8_t{});
-    case 5122: return load(std::int16_t{});
-    case 5123: return load(std::uint16_t{});
-    case 5125: return load(std::uint32_t{});
-    default: return load(float{});
+    case 5120:
+        return load(std::int8_t{});
+    case 5121:
+        return load(std::uint8_t{});
+    case 5122:
+        return load(std::int16_t{});
+    case 5123:
+        return load(std::uint16_t{});
+    case 5125:
+        return load(std::uint32_t{});
+    default:
+        return load(float{});
     }
 }
 
-std::size_t SizeOf(int type)
-{
-    return type <= 5121 ? 1 : type <= 5123 ? 2 : 4;
-}
+std::size_t SizeOf(int type) { return type <= 5121 ? 1 : type <= 5123 ? 2 : 4; }
 
 std::size_t ComponentsOf(const std::string& shape)
 {
@@ -242,7 +245,8 @@ bool IsAddedElement(const std::string& pointer, const RawGltf& before)
 
 void JudgeJson(const RawGltf& before, const GltfChanges& changes, std::vector<std::string>& foreign)
 {
-    const std::string attributes = "/meshes/[0-9]+/(primitives/[0-9]+|extensions/TW_nurbs_surface)/attributes/(JOINTS|WEIGHTS)_[0-9]+";
+    const std::string attributes =
+        "/meshes/[0-9]+/(primitives/[0-9]+|extensions/TW_nurbs_surface)/attributes/(JOINTS|WEIGHTS)_[0-9]+";
     const std::vector<std::string> replaceable{attributes, "/buffers/[0-9]+/(byteLength|uri)", "/nodes/[0-9]+/mesh",
                                                "/skins/[0-9]+/inverseBindMatrices"};
     const std::set<std::size_t> weights = WeightAccessors(before.json);
@@ -351,7 +355,8 @@ std::vector<std::vector<double>> DecodeRaw(const RawGltf& file, std::size_t inde
         const int indexType = indices.at("componentType");
         const json& view = file.json.at("bufferViews").at(indices.at("bufferView").get<std::size_t>());
         const std::vector<std::uint8_t>& buffer = file.buffers.at(view.at("buffer").get<std::size_t>());
-        const std::size_t start = view.value("byteOffset", std::size_t{0}) + indices.value("byteOffset", std::size_t{0});
+        const std::size_t start =
+            view.value("byteOffset", std::size_t{0}) + indices.value("byteOffset", std::size_t{0});
         for (std::size_t i = 0; i < sparse.at("count").get<std::size_t>(); ++i) {
             const double element = Component(&buffer.at(start + i * SizeOf(indexType)), indexType);
             decode(sparse.at("values"), i, static_cast<std::size_t>(element), size);

@@ -37,16 +37,16 @@ struct GltfChanges
     std::vector<std::string> replaced; // JSON pointers whose text differs
     std::vector<std::string> removed;
     std::vector<std::string> added;
-    bool keepsOrder = true; // what stands in both stands in the same order
+    bool keepsOrder = true;                                // what stands in both stands in the same order
     std::map<std::size_t, std::vector<std::size_t>> bytes; // by buffer: offsets that differ, as far as both reach
 };
 
 GltfChanges CompareGltf(const RawGltf& before, const RawGltf& after);
 
-// Sentences for every change that an edit of weights has no business with; empty when there is none. Allowed are: joints
-// and weights of primitives and their stated bounds, elements added to accessors, buffer views, buffers and meshes,
-// joints added to skins, a node's mesh, the length of a buffer that grew, a replaced weight buffer file, and bytes that
-// belong to joints and weights.
+// Sentences for every change that an edit of weights has no business with; empty when there is none. Allowed are:
+// joints and weights of primitives and their stated bounds, elements added to accessors, buffer views, buffers and
+// meshes, joints added to skins, a node's mesh, the length of a buffer that grew, a replaced weight buffer file, and
+// bytes that belong to joints and weights.
 std::vector<std::string> ForeignChanges(const RawGltf& before, const RawGltf& after);
 
 } // namespace skindesk::test
