@@ -27,7 +27,7 @@ const std::string& Folder()
     static const std::string FOLDER = [] {
         const bool hasMemory = std::filesystem::is_directory("/dev/shm");
         std::string pattern = (hasMemory ? std::filesystem::path("/dev/shm") : std::filesystem::temp_directory_path()) /
-                              "skindesk-fuzz-XXXXXX";
+                              ("skindesk-fuzz-" + std::string(6, 'X'));
         Require(::mkdtemp(pattern.data()) != nullptr);
         return pattern;
     }();

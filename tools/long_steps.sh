@@ -28,9 +28,16 @@ step_tidy() {
     [ $status -eq 0 ] || { [ $status -eq 124 ] && ! grep -rqE '(warning|error):' build/tidy; }
 }
 
-step_thread() { configure_preset thread build-thread && build_targets build-thread; }
+# The rooms in which threads run, and the tests that play while things change.
+THREADED_TESTS=(zmodel_tests zconstraints_tests bcore_tests viewport_tests)
 
-step_thread_tests() { step_thread && run_ctest thread build-thread; }
+step_thread() { configure_preset thread build-thread && build_targets build-thread "${THREADED_TESTS[@]}"; }
+
+step_thread_tests() {
+    local names
+    names=$(IFS='|' && echo "${THREADED_TESTS[*]}")
+    step_thread && run_ctest thread build-thread --tests-regex "^($names)\$"
+}
 
 # Each fuzzer runs shortly from its seeds; what it finds stays beside it.
 step_fuzz() {

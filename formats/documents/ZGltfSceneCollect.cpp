@@ -5,6 +5,7 @@
 #include "zmodel/ZSkin.h"
 
 #include <algorithm>
+#include <cmath>
 #include <unordered_map>
 
 namespace gltf = skindesk::gltf;
@@ -38,6 +39,7 @@ public:
         for (size_t joint = 0; joint < file.joints.size(); ++joint)
             free[file.joints[joint]].push_back(static_cast<std::uint32_t>(joint));
         std::vector<std::uint32_t> numbers;
+        numbers.reserve(static_cast<size_t>(skin.LinkCount()));
         for (int link = 0; link < skin.LinkCount(); ++link)
             numbers.push_back(NumberOf(skin, link, fileSkin, free));
         m_unclaimed = CountDeleted(free);
@@ -72,7 +74,10 @@ private:
     }
 
     /// A matrix with a NaN is equal to nothing, not even to itself.
-    static bool IsNumber(const std::array<double, 16>& matrix) { return matrix == matrix; }
+    static bool IsNumber(const std::array<double, 16>& matrix)
+    {
+        return std::none_of(matrix.begin(), matrix.end(), [](double value) { return std::isnan(value); });
+    }
 
     std::uint32_t AddedNumber(int fileSkin, int node, const std::array<double, 16>& bind)
     {

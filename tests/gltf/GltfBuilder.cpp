@@ -225,7 +225,7 @@ std::vector<std::uint8_t> BytesOf(const std::string& text) { return {text.begin(
 
 TemporaryFolder::TemporaryFolder()
 {
-    std::string pattern = (std::filesystem::temp_directory_path() / "skindesk-test-XXXXXX").string();
+    std::string pattern = (std::filesystem::temp_directory_path() / ("skindesk-test-" + std::string(6, 'X'))).string();
     if (::mkdtemp(pattern.data()) == nullptr) {
         throw std::runtime_error("no temporary folder can be made");
     }
