@@ -38,6 +38,9 @@ endif()
 # Several shared libraries of one host: calls inside a library need not be replaceable from outside.
 add_compile_options(-fno-semantic-interposition)
 
+# A library needs what it calls, not what its rooms may see.
+add_link_options(-Wl,--as-needed)
+
 if(SKINDESK_SANITIZE)
   add_compile_options(-fsanitize=${SKINDESK_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${SKINDESK_SANITIZE})
