@@ -45,7 +45,7 @@ step_fuzz() {
         say "there is no fuzzer to run"
         return 0
     fi
-    configure_preset fuzz build-fuzz && build_targets build-fuzz || return 1
+    configure_preset fuzz build-fuzz && build_targets build-fuzz fuzz/all || return 1
     local fuzzer status=0 name corpus
     for fuzzer in build-fuzz/bin/*_fuzz; do
         name=$(basename "$fuzzer")
