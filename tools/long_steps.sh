@@ -51,7 +51,7 @@ step_fuzz() {
         name=$(basename "$fuzzer")
         corpus=build-fuzz/corpus/$name
         mkdir -p "$corpus"
-        local seeds=("fuzz/seeds/${name%_fuzz}")
+        local seeds=("fuzz/corpus/${name%%_*}") # those of the door's format
         [ -d "${seeds[0]}" ] || seeds=(samples)
         echo "-- $name"
         "$fuzzer" -max_total_time="$FUZZ_SECONDS" -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 \
