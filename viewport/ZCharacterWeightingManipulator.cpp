@@ -239,8 +239,11 @@ void ZCharacterWeightingManipulator::UpdatePosition(int x, int y)
         return;
     const int width = viewer->GetWidth();
     const int height = viewer->GetHeight();
-    m_position[0] = 2.0F * static_cast<float>(x - width / 2 - viewer->GetOriginX()) / static_cast<float>(width);
-    m_position[1] = -2.0F * static_cast<float>(y - height / 2 - viewer->GetOriginY()) / static_cast<float>(height);
+    // Halves are whole pixels.
+    const int right = x - viewer->GetOriginX() - width / 2;
+    const int down = y - viewer->GetOriginY() - height / 2;
+    m_position[0] = 2.0F * static_cast<float>(right) / static_cast<float>(width);
+    m_position[1] = -2.0F * static_cast<float>(down) / static_cast<float>(height);
 }
 
 void ZCharacterWeightingManipulator::ClearByEscape()

@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: MIT
 """Whole gestures, as a user makes them: pick, weigh, undo, redo, save."""
+import os
 import random
 
 import numpy as np
@@ -250,7 +251,7 @@ def consistent(walk):
 
 def test_a_random_walk_over_all_controls_ends_consistent(desk, tmp_path):
     """Every control, drops, deletions, undo and redo, in any order."""
-    seed = random.randrange(1 << 32)
+    seed = int(os.environ.get("SKINDESK_WALK_SEED", 20261121))  # the same walk for everybody
     print("seed", seed)
     walk = Walk(desk, write_character(tmp_path / "strip.gltf", Spoiled(names=("Body", "Hat"))), seed)
     for step in range(20_000):
