@@ -25,8 +25,11 @@ function(room_library name kind)
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/src/*.cpp)
   if(kind STREQUAL "HOST")
     add_library(${name} SHARED ${sources})
-    set_target_properties(${name} PROPERTIES OUTPUT_NAME skindesk_${name})
-    install(TARGETS ${name} LIBRARY DESTINATION lib)
+    # Installed together with its headers, for plug-ins that are built elsewhere: see packaging/SkindeskConfig.cmake.in.
+    set_target_properties(${name} PROPERTIES OUTPUT_NAME skindesk_${name} INSTALL_RPATH "$ORIGIN")
+    install(TARGETS ${name} EXPORT SkindeskTargets LIBRARY DESTINATION lib/skindesk)
+    install(DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR}/ DESTINATION include/skindesk/${name} FILES_MATCHING PATTERN "*.h"
+            PATTERN src EXCLUDE)
   else()
     add_library(${name} STATIC ${sources})
   endif()
@@ -34,7 +37,8 @@ function(room_library name kind)
     set_target_properties(${name} PROPERTIES CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
   endif()
   _room_window(${name} ${ROOM_INCLUDE_AS})
-  target_include_directories(${name} PUBLIC ${ROOM_WINDOW} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
+  target_include_directories(${name} PUBLIC $<BUILD_INTERFACE:${ROOM_WINDOW}> $<INSTALL_INTERFACE:include/skindesk>
+                                     PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
   target_link_libraries(${name} PUBLIC ${ROOM_SEES} ${ROOM_LIBRARIES} PRIVATE ${ROOM_PRIVATE_LIBRARIES})
 endfunction()
 

@@ -54,5 +54,6 @@ if(SKINDESK_COVERAGE)
   add_link_options(--coverage)
 endif()
 
-# An installed file finds the host's libraries from where it lies: lib/, bin/ or lib/skindesk/plugins/.
-set(CMAKE_INSTALL_RPATH "$ORIGIN" "$ORIGIN/../lib" "$ORIGIN/../..")
+# An installed file finds the host's libraries, which lie in lib/skindesk, from where it lies itself. This is the way
+# from lib/skindesk/plugins; what lies elsewhere says its own.
+set(CMAKE_INSTALL_RPATH "$ORIGIN/..")

@@ -2,6 +2,7 @@
 #include "editing/RowRemovals.h"
 
 #include "weights/ZWeightUIModelData.h"
+#include "zbaselib/ZMemory.h"
 
 #include <algorithm>
 
@@ -9,8 +10,13 @@ RowRemovals::ModelCounts& RowRemovals::CountsOf(const ZWeightUIModelData* data)
 {
     if (data != m_lastData) {
         std::unique_ptr<ModelCounts>& counts = m_counts[data];
-        if (!counts)
-            counts = std::make_unique<ModelCounts>(static_cast<size_t>(data->vertexStates.GetCount()));
+        if (!counts) {
+            const int vertexCount = data->vertexStates.GetCount();
+            counts = std::make_unique<ModelCounts>();
+            counts->SetCountUninitialised(vertexCount);
+            ZMemory_ExpectAnyOrder(counts->GetData(), sizeof(Counts) * static_cast<size_t>(vertexCount));
+            counts->Fill({});
+        }
         m_lastData = data;
         m_lastCounts = counts.get();
     }
@@ -20,7 +26,7 @@ RowRemovals::ModelCounts& RowRemovals::CountsOf(const ZWeightUIModelData* data)
 RowRemovals::Counts* RowRemovals::CountOf(const ZWeightUIModelData* data, int vertex)
 {
     ModelCounts& counts = CountsOf(data);
-    return vertex >= 0 && static_cast<size_t>(vertex) < counts.size() ? &counts[static_cast<size_t>(vertex)] : nullptr;
+    return vertex >= 0 && vertex < counts.GetCount() ? &counts[vertex] : nullptr;
 }
 
 /// Done at the first removal: a gesture that only adds pays nothing.
@@ -34,8 +40,8 @@ void RowRemovals::CountRows()
 
 void RowRemovals::Reserve(int more)
 {
-    m_rows.vertexRows.Reserve(m_rows.vertexRows.GetCount() + more);
-    m_rows.vertexModels.Reserve(m_rows.vertexModels.GetCount() + more);
+    m_rows.vertexRows.ReserveMore(more);
+    m_rows.vertexModels.ReserveMore(more);
 }
 
 void RowRemovals::Append(ZWeightUIModelData& data, int vertex)

@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <memory>
 #include <unordered_map>
-#include <vector>
 
 /// Rows that leave are collected and go in one stable pass at the end. The result is that of removing, one by one, the
 /// first row of the vertex, appended rows in between included: so a removal counts only when a row of the vertex is
@@ -26,8 +25,8 @@ public:
     /// The vertex will be asked for soon.
     void Prefetch(const ZWeightUIModelData& data, int vertex)
     {
-        if (&data == m_lastData && static_cast<size_t>(vertex) < m_lastCounts->size())
-            __builtin_prefetch(&(*m_lastCounts)[static_cast<size_t>(vertex)], 1);
+        if (&data == m_lastData && vertex < m_lastCounts->GetCount())
+            __builtin_prefetch(m_lastCounts->GetData() + vertex, 1);
     }
     /// Removes the first row of the vertex, if there is one.
     void Remove(ZWeightUIModelData& data, int vertex);
@@ -42,7 +41,7 @@ private:
         std::uint16_t pending = 0; ///< first rows of it that are to go; at kMost they go
     };
     static constexpr int kMost = 65535;
-    using ModelCounts = std::vector<Counts>;
+    using ModelCounts = ZArrayTemplate<Counts>;
 
     ModelCounts& CountsOf(const ZWeightUIModelData* data);
     Counts* CountOf(const ZWeightUIModelData* data, int vertex);

@@ -47,6 +47,12 @@ void ZWeightingWeightChangeUndoEntry::AddVertex(int vertex, const VertexInfluenc
     m_offsets.Add(begin + count);
 }
 
+void ZWeightingWeightChangeUndoEntry::SetAfter(const VertexInfluences& record)
+{
+    after = record;
+    m_hasAfter = true;
+}
+
 VertexInfluencesView ZWeightingWeightChangeUndoEntry::ViewBefore(int index) const
 {
     const int begin = index > 0 ? m_offsets[index - 1] : 0;
@@ -104,7 +110,7 @@ void ZWeightingWeightChangeUndo::RecordAfter()
         if (data == nullptr || data->modelSelected == 0 || data->activeVertices.IsEmpty())
             continue;
         if (const VertexInfluences* const record = RecordOf(*data, data->activeVertices[0]))
-            entry->after = *record;
+            entry->SetAfter(*record);
     }
 }
 
@@ -134,6 +140,8 @@ void ZWeightingWeightChangeUndo::Write(bool after)
         if (data == nullptr)
             continue;
         any = true;
+        if (after && !entry->HasAfter())
+            continue; // an empty record in its place would take every weight away
         const VertexInfluencesView common{entry->after.links.GetData(), entry->after.weights.GetData(),
                                           entry->after.GetCount()};
         data->ApplyManyVertexInfluences(entry->vertices.Span(), [entry, after, &common](int index) {

@@ -2,6 +2,7 @@
 // The cross-model vertex lists: what clears them, what rebuilds them, and how they follow the models.
 #include "editing/ZWeightSelection.h"
 #include "editing/ZWeightingUndo.h"
+#include "zbaselib/ZMemory.h"
 
 #include <algorithm>
 #include <unordered_map>
@@ -169,24 +170,29 @@ void ZWeightSelection::AppendActiveRows()
 {
     constexpr int kAhead = 24; // vertices may come in any order: later ones are fetched early
     ZWeightUIModelDataList& models = m_owner.ModelDataList();
-    std::unordered_map<const ZWeightUIModelData*, std::vector<int>> firstRows;
-    for (int i = 0; i < models.GetCount(); ++i)
-        if (!models[i]->activeVertices.IsEmpty())
-            firstRows[models[i]].assign(static_cast<size_t>(models[i]->vertexStates.GetCount()), -1);
+    std::unordered_map<const ZWeightUIModelData*, ZArrayTemplate<int>> firstRows;
+    for (int i = 0; i < models.GetCount(); ++i) {
+        if (models[i]->activeVertices.IsEmpty())
+            continue;
+        ZArrayTemplate<int>& firsts = firstRows[models[i]];
+        firsts.SetCountUninitialised(models[i]->vertexStates.GetCount());
+        ZMemory_ExpectAnyOrder(firsts.GetData(), sizeof(int) * firsts.size());
+        firsts.Fill(-1);
+    }
 
     std::vector<int> nextRow(static_cast<size_t>(vertexRows.GetCount()), -1);
     const ZWeightUIModelData* last = nullptr;
-    std::vector<int>* firsts = nullptr;
+    ZArrayTemplate<int>* firsts = nullptr;
     for (int row = vertexRows.GetCount() - 1; row >= 0; --row) {
         if (vertexModels[row] != last) {
             last = vertexModels[row];
             const auto found = firstRows.find(last);
             firsts = found == firstRows.end() ? nullptr : &found->second;
         }
-        if (firsts != nullptr && row >= kAhead && static_cast<size_t>(vertexRows[row - kAhead]) < firsts->size())
-            __builtin_prefetch(firsts->data() + vertexRows[row - kAhead], 1);
-        const auto vertex = static_cast<size_t>(vertexRows[row]);
-        if (firsts == nullptr || vertex >= firsts->size())
+        if (firsts != nullptr && row >= kAhead && vertexRows[row - kAhead] < firsts->GetCount())
+            __builtin_prefetch(firsts->GetData() + vertexRows[row - kAhead], 1);
+        const int vertex = vertexRows[row];
+        if (firsts == nullptr || vertex < 0 || vertex >= firsts->GetCount())
             continue;
         nextRow[static_cast<size_t>(row)] = (*firsts)[vertex];
         (*firsts)[vertex] = row;
@@ -197,12 +203,11 @@ void ZWeightSelection::AppendActiveRows()
         if (found == firstRows.end())
             continue;
         const ZArrayTemplate<int, 16>& active = models[i]->activeVertices;
-        targetRows.Reserve(targetRows.GetCount() + active.GetCount());
+        targetRows.ReserveMore(active.GetCount());
         for (int k = 0; k < active.GetCount(); ++k) {
             if (k + kAhead < active.GetCount())
-                __builtin_prefetch(found->second.data() + active[k + kAhead]);
-            for (int row = found->second[static_cast<size_t>(active[k])]; row >= 0;
-                 row = nextRow[static_cast<size_t>(row)])
+                __builtin_prefetch(found->second.GetData() + active[k + kAhead]);
+            for (int row = found->second[active[k]]; row >= 0; row = nextRow[static_cast<size_t>(row)])
                 targetRows.Add(row);
         }
     }

@@ -112,7 +112,7 @@ void ExchangeShare(int link, const float* oldColour, const float* newColour, ZWe
     const int vertexCount = data.vertexInfluences.GetCount();
     const auto exchange = [&](int vertex, float weight) {
         // Weights that never entered a record never entered the colour.
-        if (vertex < 0 || vertex >= vertexCount || !(weight >= 0.0F))
+        if (vertex < 0 || vertex >= vertexCount || !IsInfluenceWeight(weight))
             return;
         const float share = Sharing::Share(weight, *data.vertexInfluences[vertex]);
         float* const colour = data.vertexColours.GetData() + 4 * static_cast<std::ptrdiff_t>(vertex);

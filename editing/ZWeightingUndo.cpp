@@ -2,6 +2,8 @@
 // What the undo records share, and the records of selections.
 #include "editing/ZWeightingUndo.h"
 
+#include "zbaselib/ZMemory.h"
+
 #include <cstdint>
 #include <map>
 
@@ -68,7 +70,7 @@ void ZWeightingSelectionUndo::SetModel(ZWeightUIModelData* data) { model.Set(dat
 void ZWeightingSelectionUndo::Reserve(int more)
 {
     for (ZArrayTemplate<int, 16>* const list : {&vertices, &oldStates, &newStates})
-        list->Reserve(list->GetCount() + more);
+        list->ReserveMore(more);
 }
 
 /// Records keep the order of the pick, whatever it was: the state of a later vertex is fetched while earlier ones are
@@ -102,14 +104,17 @@ void ZWeightingSelectionUndo::Undo()
     if (data == nullptr)
         return;
     // A gesture may have moved a vertex more than once; what it had before the gesture is its first old state.
-    std::vector<std::uint8_t> done(static_cast<size_t>(data->vertexStates.GetCount()), 0);
+    ZArrayTemplate<std::uint8_t> done;
+    done.SetCountUninitialised(data->vertexStates.GetCount());
+    ZMemory_ExpectAnyOrder(done.GetData(), done.size());
+    done.Fill(0);
     data->BeginSelectionBatch();
     for (int i = 0; i < vertices.GetCount(); ++i) {
         const int vertex = vertices[i];
         Prefetch(*data, i);
-        if (vertex < 0 || static_cast<size_t>(vertex) >= done.size() || done[static_cast<size_t>(vertex)] != 0)
+        if (vertex < 0 || vertex >= done.GetCount() || done[vertex] != 0)
             continue;
-        done[static_cast<size_t>(vertex)] = 1;
+        done[vertex] = 1;
         data->SetVertexState(vertex, oldStates[i]);
     }
     data->EndSelectionBatch();

@@ -93,11 +93,16 @@ public:
     VertexInfluencesView ViewBefore(int index) const;
     size_t GetByteCount() const;
 
+    /// What redo gives to every vertex. A change that ended without saying it is not made again.
+    void SetAfter(const VertexInfluences& record);
+    bool HasAfter() const { return m_hasAfter; }
+
     HdlZPlug model;
     ZArrayTemplate<int> vertices;
     VertexInfluences after;
 
 private:
+    bool m_hasAfter = false;
     ZArrayTemplate<int> m_offsets; ///< end of each vertex's influences
     ZArrayTemplate<int> m_links;
     ZArrayTemplate<float> m_weights;

@@ -22,6 +22,7 @@ import skindesk
 from pictures import write_png
 from stray_weights import find_stray_patch
 
+TOOL = "Skins"
 WEIGHT_COLUMN = 3  # of the spread's Col, Weight Slider, Lock, Weight
 AFFECT_ALL_SELECTED = 1  # item of ListWeightingMode
 ROWS_SHOWN = 8
@@ -37,8 +38,13 @@ class Trouble(Exception):
 def play(path, folder):
     """Plays the edit on one file and leaves its results in the folder."""
     with skindesk.Desk() as desk:
+        refused = list(desk.warnings)  # plug-ins that are none
+        if all(name != TOOL for _, name, _ in desk.catalogue):
+            raise Trouble("; ".join(["there is no skinning tool", *refused]))
+        for warning in refused:
+            print(warning)
         models = desk.open(str(path))
-        for warning in desk.warnings:
+        for warning in desk.warnings[len(refused):]:
             print(f"{path.name}: {warning}")
         skinned = [model for model in models if model.skin is not None]
         if not skinned:
@@ -46,7 +52,7 @@ def play(path, folder):
         print(f"{path.name}: " + ", ".join(f"{model.name} ({len(model.positions)} vertices, "
                                            f"{len(model.skin.links)} bones)" for model in skinned))
         desk.viewer.size(*VIEWER_SIZE)
-        tool = desk.open_tool("Skins")
+        tool = desk.open_tool(TOOL)
         admitted = admit(tool, skinned)
         for message in desk.messages:
             print(f"{message.title}: {message.text} [{message.buttons[message.answer - 1]}]")

@@ -144,8 +144,9 @@ private:
     IPanelOwner& m_owner;
     IEditingOwner& m_editing;
     bool m_built = false;
-    bool m_dragging = false;              ///< a slider of the spread is held
-    int m_currentBone = -1;               ///< whose colour the colour field edits
-    int m_touchedBone = -1;               ///< the row that the user last touched in the bone list
-    ZArrayTemplate<int> m_influenceMarks; ///< per bone, for the automatic bone selection
+    bool m_dragging = false;               ///< a slider of the spread is held
+    const ZModel* m_draggedBone = nullptr; ///< whose slider that is; compared, never followed
+    int m_currentBone = -1;                ///< whose colour the colour field edits
+    int m_touchedBone = -1;                ///< the row that the user last touched in the bone list
+    ZArrayTemplate<int> m_influenceMarks;  ///< per bone, for the automatic bone selection
 };

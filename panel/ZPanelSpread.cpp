@@ -89,17 +89,21 @@ void ZCharacterWeightingNormalLayout::ChangeWeight(const ZtEvent& event)
     // A press, or a number typed, while a drag still waits for its release: that release was lost.
     if (m_dragging && (!slider || event.viewEvent == kViewPress))
         CutOffDrag();
+    const bool end = !slider || event.viewEvent == kViewRelease;
     const int vertexRow = selection.noActive ? -1 : CurrentVertexRow();
     const int bone = spreadRows[event.row];
     const bool locked = bone < lockFlags.GetCount() && lockFlags[bone] != 0;
-    if (vertexRow < 0 || locked) {
-        if (m_dragging)
+    // The rows were chosen anew while the slider was held: what the hand goes on to move belongs to another bone.
+    const ZModel* const moved = bone < BoneCount() ? Bones()[bone] : nullptr;
+    const bool another = m_dragging && moved != m_draggedBone;
+    if (vertexRow < 0 || locked || another) {
+        if (m_dragging && (end || !another))
             CutOffDrag();
         spreadWeights.SetCellValue(event.row, event.column, vertexRow < 0 ? 0.0 : SpreadPercent(bone, vertexRow));
         return;
     }
     const bool begin = !slider || !m_dragging;
-    const bool end = !slider || event.viewEvent == kViewRelease;
     m_dragging = !end;
+    m_draggedBone = moved;
     weightChange.ApplyWeightChange(begin, end, event.value, event.row);
 }

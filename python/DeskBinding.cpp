@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 
 namespace {
 using Desk = std::shared_ptr<Door>;
@@ -28,13 +29,16 @@ std::vector<std::string> FoldersFrom(const py::object& folders)
     return paths;
 }
 
-/// The folder that holds the package: plug-ins lie where they lie from a program's folder.
+/// The folder from which plug-ins are looked for as from a program's: in a build the one that holds the package, in an
+/// installation, where that lies beside the plug-ins, the one of the programs.
 std::string PackageFolder()
 {
     const std::string library = py::module_::import("skindesk._skindesk").attr("__file__").cast<std::string>();
-    const py::object dirname = py::module_::import("os.path").attr("dirname");
-    const py::object absolute = py::module_::import("os.path").attr("abspath")(library);
-    return dirname(dirname(absolute)).cast<std::string>();
+    const py::object real = py::module_::import("os.path").attr("realpath")(library);
+    const auto holder = std::filesystem::path(real.cast<std::string>()).parent_path().parent_path();
+    std::error_code failed;
+    const bool isInstalled = std::filesystem::is_directory(holder.parent_path() / "plugins", failed);
+    return (isInstalled ? holder / "../../../bin" : holder).lexically_normal().string();
 }
 
 Desk OpenDesk(const py::object& plugins, const py::object& settings)

@@ -89,7 +89,7 @@ std::shared_ptr<Door> Door::Open(ZSession::Options options, bool loadPlugins)
     ZReport_ClearWarnings();
     ZToolKit_ClearMessages();
     ZToolKit_SetScreenWidth(kFirstScreenWidth);
-    const std::shared_ptr<Door> door(new Door);
+    std::shared_ptr<Door> door(new Door);
     door->m_session = std::make_unique<ZSession>(options);
     door->m_documents = std::make_unique<ZDocuments>(*door->m_session);
     if (loadPlugins)

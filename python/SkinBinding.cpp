@@ -29,6 +29,7 @@ py::object Links(const SkinRef& ref)
 {
     ZSkin& skin = ref.Get();
     std::vector<ZModel*> bones;
+    bones.reserve(static_cast<size_t>(skin.LinkCount()));
     for (int link = 0; link < skin.LinkCount(); ++link)
         bones.push_back(skin.LinkModel(link));
     return ref.GetDoor().Wrap(bones);

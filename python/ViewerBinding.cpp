@@ -7,6 +7,12 @@
 #include <pybind11/stl.h>
 
 namespace {
+/// The camera as tools get it: its unit and planes follow the scene as it is now.
+IViewerCamera& UpToDateCamera(const ViewerRef& ref)
+{
+    return *static_cast<IViewerCamera*>(ref.Get().IQuery(kInterfaceViewerCamera, 0));
+}
+
 void Size(const ViewerRef& ref, const py::object& width, const py::object& height)
 {
     const int w = PixelFrom(width, "the width"), h = PixelFrom(height, "the height");
@@ -108,10 +114,10 @@ void BindViewer(py::module_& module)
         .def("frame", &Frame, py::arg("models") = py::none(),
              "Makes the models fill the view, as they are deformed now; without models, the scene.")
         .def_property_readonly(
-            "projection", [](const ViewerRef& ref) { return ArrayOf(ref.Get().GetCamera().ProjectionMatrix()); },
+            "projection", [](const ViewerRef& ref) { return ArrayOf(UpToDateCamera(ref).ProjectionMatrix()); },
             "4 x 4 float64 for row vectors: point @ view @ projection is the point in clip space.")
         .def_property_readonly(
-            "view", [](const ViewerRef& ref) { return ArrayOf(ref.Get().GetCamera().ViewMatrix()); },
+            "view", [](const ViewerRef& ref) { return ArrayOf(UpToDateCamera(ref).ViewMatrix()); },
             "4 x 4 float64 for row vectors, scene to camera; 1 in camera space is 1 % of the scene's diagonal.")
         .def_property_readonly(
             "eye", [](const ViewerRef& ref) { return TripleOf(ref.Get().GetCamera().GetEye()); },

@@ -2,6 +2,9 @@
 """Asks Blender about a saved character: does it import, with all its bones, and are the weights what we wrote?
 
     blender --background --factory-startup --python-exit-code 1 --python tools/judge_blender.py -- SAVED.glb FACTS.json
+    blender ... --python tools/judge_blender.py -- --weights WEIGHTS.json
+
+The second asks whether Blender finds in each file the weights that tools/weights_for_blender.py wrote down.
 """
 import json
 import sys
@@ -38,4 +41,30 @@ def main(path, facts_path):
     print(f"Blender: {len(bones)} bones, {len(body.data.vertices)} vertices, weights as written")
 
 
-main(*sys.argv[sys.argv.index("--") + 1:])
+def compare_weights(weights_path):
+    with open(weights_path, encoding="utf-8") as file:
+        characters = json.load(file)
+    assert characters, "there is nothing to compare"
+    for character in characters:
+        bpy.ops.wm.read_factory_settings(use_empty=True)
+        bpy.ops.import_scene.gltf(filepath=character["file"])
+        for model in character["models"]:
+            thing = bpy.data.objects[model["name"]]
+            names = [group.name for group in thing.vertex_groups]
+            place = f"{character['file']}, {model['name']}"
+            assert len(thing.data.vertices) == len(model["vertices"]), \
+                f"{place}: {len(thing.data.vertices)} vertices, the desk has {len(model['vertices'])}"
+            for vertex, expected in zip(thing.data.vertices, model["vertices"]):
+                found = {names[entry.group]: entry.weight for entry in vertex.groups}
+                for bone in found.keys() | expected.keys():
+                    off = abs(found.get(bone, 0) - expected.get(bone, 0))
+                    assert off < 1e-5, f"{place}, vertex {vertex.index}, {bone}: {found} instead of {expected}"
+        print(f"Blender: {character['file']}: {sum(len(m['vertices']) for m in character['models'])} vertices with the "
+              "desk's weights")
+
+
+arguments = sys.argv[sys.argv.index("--") + 1:]
+if arguments[0] == "--weights":
+    compare_weights(arguments[1])
+else:
+    main(*arguments)

@@ -11,7 +11,7 @@ step_install_all() { install_packages "${CHECK_ALL_PACKAGES[@]}"; }
 step_tidy() {
     configure_preset release build || return 1
     local files=() status
-    mapfile -t files < <(own_files '*.cpp' | xargs -0 ls -t -- | grep -v -E '^(tests|fuzz|benchmarks)/')
+    mapfile -t files < <(own_files '*.cpp' | xargs -0 ls -t -- | grep -v -E '^(tests|fuzz|benchmarks|examples)/')
     rm -rf build/tidy && mkdir -p build/tidy
     printf '%s\0' "${files[@]}" |
         timeout "$TIDY_SECONDS" xargs -0 -n 1 -P "$(nproc)" bash -c '
@@ -29,7 +29,7 @@ step_tidy() {
 }
 
 # The rooms in which threads run, and the tests that play while things change.
-THREADED_TESTS=(zmodel_tests zconstraints_tests bcore_tests viewport_tests)
+THREADED_TESTS=(zmodel_tests zconstraints_tests bcore_tests viewport_tests tool_tests)
 
 step_thread() { configure_preset thread build-thread && build_targets build-thread "${THREADED_TESTS[@]}"; }
 
@@ -64,21 +64,40 @@ step_fuzz() {
 # Installs into a folder of its own and plays the first edit from there. Nothing may lean on the build: every library of
 # ours that is loaded on the way must come from the installation.
 step_package() {
-    step_build || return 1
-    local stage=$top/build/stage module where strangers
+    step_build && build_targets build packaging/all || return 1
+    local stage=$top/build/stage strangers
     rm -rf "$stage"
     cmake --install build --prefix "$stage" || return 1
     [ -e "$stage/lib/skindesk/plugins/libtoolweighting.so" ] || { echo "no plug-in was installed"; return 1; }
-    module=$(find "$stage" -name 'skindesk*.so' -o -path '*/skindesk/__init__.py' | head -n 1)
-    [ -n "$module" ] || { echo "no Python module was installed"; return 1; }
-    where=$(dirname "$module")
-    [ "$(basename "$module")" = __init__.py ] && where=$(dirname "$where")
-    LD_DEBUG=files LD_DEBUG_OUTPUT="$stage/loaded" PYTHONPATH="$where" timeout 120 \
-        /usr/bin/python3 examples/first_edit.py "$stage/first_edit.glb" || return 1
+    LD_DEBUG=files LD_DEBUG_OUTPUT="$stage/loaded" timeout 120 \
+        "$stage/bin/skindesk" --batch examples/first_edit.py "$stage/first_edit.glb" || return 1
     strangers=$(grep -h 'calling init:' "$stage"/loaded.* | grep -F "$top/" | grep -vF "$stage/")
     [ -z "$strangers" ] || { printf 'loaded from the build:\n%s\n' "$strangers"; return 1; }
     rm -f "$stage"/loaded.* "$stage/first_edit.glb"
+    use_sdk "$stage" && make_debian_package || return 1
     tar -C "$stage" -czf build/skindesk.tar.gz . && say "build/skindesk.tar.gz: $(du -h build/skindesk.tar.gz | cut -f1)"
+}
+
+# A plug-in that knows the installation only: built as a project of its own, loaded and used.
+use_sdk() {
+    local stage=$1 made=build/smallest-plugin
+    rm -rf "$made"
+    cmake -S examples/smallest_plugin -B "$made" -G Ninja -DCMAKE_PREFIX_PATH="$stage" && cmake --build "$made" &&
+        timeout 60 "$stage/bin/skindesk" --batch examples/smallest_plugin/use.py "$made" samples/figure.glb
+}
+
+# The .deb of the same build, and what Debian's own judge says of it.
+make_debian_package() {
+    local stage=$top/build/deb-stage package
+    rm -rf "$stage" build/packages
+    cmake --install build --prefix "$stage/usr" --strip >/dev/null || return 1
+    cpack --config build/CPackConfig.cmake -D CPACK_INSTALL_CMAKE_PROJECTS= \
+        -D "CPACK_INSTALLED_DIRECTORIES=$stage;/" || return 1
+    package=$(compgen -G 'build/packages/*.deb') || { echo "no package was made"; return 1; }
+    lintian --fail-on error "$package" || return 1
+    desktop-file-validate packaging/skindesk.desktop || return 1
+    appstreamcli validate --no-net packaging/org.skindesk.Skindesk.metainfo.xml || return 1
+    say "$package: $(du -h "$package" | cut -f1)"
 }
 
 # Our files before other people's eyes. Where a judge is not installed, that is said and nothing is judged.
@@ -99,7 +118,7 @@ step_judge_validator() {
     export NODE_PATH=build-judges/node_modules
     node tools/judge_validator.cjs --clean build/judged/opened.glb build/judged/saved.glb || status=1
     # Other people's characters with an edit of ours: nothing may be wrong that was not wrong before.
-    for file in tests/data/skinned/{Fox,CesiumMan,KayKit_Knight,greenman}.glb tests/data/skinned/RiggedSimple.gltf \
+    for file in tests/data/skinned/{Fox,fox_compressed,CesiumMan,KayKit_Knight,greenman}.glb tests/data/skinned/RiggedSimple.gltf \
         tests/data/skinned/AG_SkinType_0*/*.gltf; do
         echo "-- $file"
         PYTHONPATH=build/python timeout 120 /usr/bin/python3 examples/play_first_edit.py --out "$made" "$file" &&
@@ -115,13 +134,22 @@ step_judge_blender() {
     fi
     step_build && judged_files || return 1
     timeout 600 blender --background --factory-startup --python-exit-code 1 --python tools/judge_blender.py -- \
-        build/judged/saved.glb samples/figure.json
+        build/judged/saved.glb samples/figure.json || return 1
+    # Other people's characters with an edit of ours: Blender's weights are those that the desk shows.
+    local file made=build/judged/for_blender
+    for file in tests/data/skinned/{Fox,KayKit_Knight,greenman}.glb; do
+        PYTHONPATH=build/python timeout 120 /usr/bin/python3 examples/play_first_edit.py --out "$made" "$file" || return 1
+    done
+    PYTHONPATH=build/python:tests/support timeout 120 /usr/bin/python3 tools/weights_for_blender.py \
+        build/judged/saved.glb "$made"/*.glb >"$made/weights.json" || return 1
+    timeout 600 blender --background --factory-startup --python-exit-code 1 --python tools/judge_blender.py -- \
+        --weights "$made/weights.json"
 }
 
 # The Python tests once more, inside the address sanitizer. The interpreter itself is not built for it and keeps what it
 # allocated, so leaks are left to the other tests.
 step_python_sanitized() {
-    step_sanitize || return 1
+    configure_preset sanitize build-sanitize && build_targets build-sanitize plugin/all python/all || return 1
     local library result=build-sanitize/test-results/pytest-sanitized.xml status
     library=$(g++ -print-file-name=libasan.so) || return 1
     compgen -G 'tests/python/test_*.py' >/dev/null || { say "there are no Python tests of the module"; return 0; }

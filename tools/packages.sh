@@ -4,14 +4,15 @@
 # A room that needs a further library adds its package here and its find_package() in the room's CMakeLists.txt.
 
 # To build everything, tests included (they are configured with the rest, whether they are built or not).
-BUILD_PACKAGES=(g++ cmake ninja-build ccache libgl-dev libegl-dev qt6-base-dev libqt6opengl6-dev nlohmann-json3-dev pybind11-dev python3-dev
-                python3-numpy libgtest-dev libgmock-dev librapidcheck-dev)
+BUILD_PACKAGES=(g++ cmake ninja-build ccache libgl-dev libegl-dev qt6-base-dev libqt6opengl6-dev nlohmann-json3-dev libdraco-dev
+                libmeshoptimizer-dev libassimp-dev pybind11-dev python3-dev
+                python3-numpy libgtest-dev libgmock-dev librapidcheck-dev libpng-dev)
 # To run it without a screen: the software renderer.
-RUN_PACKAGES=(libgl1-mesa-dri libegl1 libegl-mesa0 python3 python3-numpy)
+RUN_PACKAGES=(libgl1-mesa-dri libegl1 libegl-mesa0 libdraco7 libmeshoptimizer2d libassimp5 python3 python3-numpy)
 # To check it.
-CHECK_PACKAGES=(xvfb xauth python3-pytest clang-format-14 binutils)
+CHECK_PACKAGES=(xvfb xauth python3-pytest python3-jsonschema clang-format-14 binutils)
 # To check it at length.
-CHECK_ALL_PACKAGES=(clang-14 clang-tidy-14 libclang-rt-14-dev)
+CHECK_ALL_PACKAGES=(clang-14 clang-tidy-14 libclang-rt-14-dev dpkg-dev lintian desktop-file-utils appstream)
 
 # install_packages PACKAGE...: installs what is missing; asks no package source while nothing is.
 install_packages() {

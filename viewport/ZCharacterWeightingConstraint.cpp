@@ -144,7 +144,11 @@ void ZCharacterWeightingConstraint::AddBone(ZModel* bone, ZModel* model)
     entry.bindScaling.push_back(bind.scaling);
 }
 
-void ZCharacterWeightingConstraint::RequestTeardown() { m_teardown[0] = m_teardown[1] = true; }
+void ZCharacterWeightingConstraint::RequestTeardown()
+{
+    const EvaluationPause pause; // a pass reads the flags, and clears them when it has run the teardown
+    m_teardown[0] = m_teardown[1] = true;
+}
 
 void ZCharacterWeightingConstraint::ResetBones()
 {
@@ -263,6 +267,7 @@ void ZCharacterWeightingConstraint::OnModelGone(ZObject*, ZEvent& event)
     auto* const model = Object_Cast<ZModel>(news.owner);
     if (event.kind != kPlugNotifyDeleted || model == nullptr)
         return;
+    const EvaluationPause pause; // a pass that runs the teardown empties both lists
     bool concerned = m_bones.count(model) > 0;
     for (const auto& entry : m_entries)
         concerned = concerned || entry->owner == model;

@@ -39,6 +39,21 @@ ZgeMatrix AffinePart(const ZgeMatrix& matrix)
     return affine;
 }
 
+/// The host's drawing goes on after the overlay's: what the overlay sets, and what a bone's own drawing may set beside,
+/// is given back.
+class GlStateKeeper
+{
+public:
+    GlStateKeeper()
+    {
+        glPushAttrib(GL_COLOR_BUFFER_BIT | GL_CURRENT_BIT | GL_DEPTH_BUFFER_BIT | GL_ENABLE_BIT | GL_LINE_BIT |
+                     GL_POINT_BIT | GL_POLYGON_BIT | GL_TRANSFORM_BIT | GL_VIEWPORT_BIT);
+    }
+    ~GlStateKeeper() { glPopAttrib(); }
+    GlStateKeeper(const GlStateKeeper&) = delete;
+    GlStateKeeper& operator=(const GlStateKeeper&) = delete;
+};
+
 bool HasOwnDrawing(ZModel& bone)
 {
     for (const int id : {kInterfaceBoneOwnDrawingA, kInterfaceBoneOwnDrawingB, kInterfaceBoneOwnDrawingC})
@@ -84,6 +99,7 @@ void ZCharacterWeightingManipulator::ManipulatorDraw(ZManipulatorDraw& draw)
     if (!ManipulatorGetInUse() || m_tool == nullptr || m_tool->ModelDataList().GetCount() == 0)
         return;
     m_draw = &draw;
+    const GlStateKeeper keeper;
     IViewerCamera& camera = *draw.camera;
     glEnable(GL_DEPTH_TEST);
     glViewport(camera.ViewportX(), camera.ViewportY(), camera.ViewportWidth(), camera.ViewportHeight());

@@ -61,10 +61,23 @@ bool FacesEye(const float* p, const float* n, const ZgeVector3& eye)
     return toward < 0;
 }
 
-void AddHit(ZArrayTemplate<int>& hits, int model, int vertex)
+/// Appends (model, vertex) for every vertex below `count` for which `isHit` holds. Room for all of them is taken at
+/// once, in address space only: memory that nothing is written to is not given out. Each pair is written where the next
+/// hit belongs, and stays if it is one; that no branch depends on the vertex is what makes the pass fast over a
+/// rectangle's ragged edge.
+template <class IsHit> void AddHits(ZArrayTemplate<int>& hits, int model, int count, IsHit isHit)
 {
-    hits.Add(model);
-    hits.Add(vertex);
+    const int before = hits.GetCount();
+    hits.ReserveMore(2 * count);
+    hits.SetCountUninitialised(before + 2 * count);
+    int* const first = hits.GetData() + before;
+    int* next = first;
+    for (int vertex = 0; vertex < count; ++vertex) {
+        next[0] = model;
+        next[1] = vertex;
+        next += isHit(vertex) ? 2 : 0;
+    }
+    hits.SetCount(before + static_cast<int>(next - first));
 }
 
 void PickAllVertices(IViewportOwner& tool, IViewerCamera& camera, const ScreenTest& test, ZWeightUIModelData& data,
@@ -74,18 +87,15 @@ void PickAllVertices(IViewportOwner& tool, IViewerCamera& camera, const ScreenTe
     const float* const normals = tool.IsForegroundOnly() ? geometry.SurfacePositions() : nullptr;
     const float* const positions = geometry.VertexPositions();
     const int count = positions != nullptr ? geometry.VertexCount() : 0;
+    const auto at = [](int vertex) { return 4 * static_cast<size_t>(vertex); };
     if (normals == nullptr) {
-        for (int i = 0; i < count; ++i)
-            if (test.Hits(positions + 4 * static_cast<size_t>(i)))
-                AddHit(hits, modelIndex, i);
+        AddHits(hits, modelIndex, count, [&](int vertex) { return test.Hits(positions + at(vertex)); });
         return;
     }
     const ZgeVector3 eye = EyeInModelSpace(camera, GlobalMatrix(data));
-    for (int i = 0; i < count; ++i) {
-        const size_t at = 4 * static_cast<size_t>(i);
-        if (FacesEye(positions + at, normals + at, eye) && test.Hits(positions + at))
-            AddHit(hits, modelIndex, i);
-    }
+    AddHits(hits, modelIndex, count, [&](int vertex) {
+        return FacesEye(positions + at(vertex), normals + at(vertex), eye) && test.Hits(positions + at(vertex));
+    });
 }
 
 void PickSelectedVertices(const ZArrayTemplate<int>& vertices, const ScreenTest& test, ZWeightUIModelData& data,
@@ -94,8 +104,10 @@ void PickSelectedVertices(const ZArrayTemplate<int>& vertices, const ScreenTest&
     const float* const positions = data.geometry->VertexPositions();
     const int count = positions != nullptr ? data.geometry->VertexCount() : 0;
     for (const int vertex : vertices)
-        if (vertex >= 0 && vertex < count && test.Hits(positions + 4 * static_cast<size_t>(vertex)))
-            AddHit(hits, modelIndex, vertex);
+        if (vertex >= 0 && vertex < count && test.Hits(positions + 4 * static_cast<size_t>(vertex))) {
+            hits.Add(modelIndex);
+            hits.Add(vertex);
+        }
 }
 
 /// The panel's selected vertices by model, in list order: sorted once, so that many models do not each walk all rows.

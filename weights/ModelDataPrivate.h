@@ -18,6 +18,9 @@ struct ZWeightUIModelData::Private
     /// The skin may hold entries that no record names: a weight that was taken back by an undo, or one that is none.
     /// Then a new influence looks for its entry before it makes one.
     bool skinHoldsMore = false;
+    /// Records may name links that have no entry for their vertex: making a change again gives one record to several
+    /// vertices, and writing a record adds no entries. Then a weight other than 0 makes the entry that it lacks.
+    bool recordsHoldMore = false;
 
     // A batch of selection changes: vertices that left a list still stand in it.
     int liveSelected = 0; ///< entries of selectedVertices that count

@@ -4,7 +4,6 @@
 #include "zmodel/ZModelInterfaces.h"
 
 #include <algorithm>
-#include <limits>
 
 SkinReader::SkinReader(ISkinLinks& links, Filter filter) : m_links(links), m_filter(filter)
 {
@@ -29,8 +28,7 @@ SkinReader::SkinReader(ISkinLinks& links, Filter filter) : m_links(links), m_fil
 
 bool SkinReader::Takes(float weight) const
 {
-    const bool enough = m_filter == kPositive ? weight > 0.0F : weight >= 0.0F;
-    return enough && weight <= std::numeric_limits<float>::max();
+    return IsInfluenceWeight(weight) && (m_filter == kNotNegative || weight > 0.0F);
 }
 
 void SkinReader::ReadBlock(VertexInfluences* records, int begin, int end)

@@ -82,10 +82,13 @@ SkinWeightBatch::SkinWeightBatch(ISkinLinks* links, size_t vertices)
 {
 }
 
-SkinWeightBatch::~SkinWeightBatch()
+SkinWeightBatch::~SkinWeightBatch() { Finish(); }
+
+int SkinWeightBatch::Finish()
 {
     for (size_t link = 0; link < m_setCounts.size(); ++link)
         WriteLink(static_cast<int>(link));
+    return m_passedOver;
 }
 
 void SkinWeightBatch::Add(int link, int vertex, double weight, bool mayBeThere)
@@ -113,7 +116,8 @@ void SkinWeightBatch::WriteLink(int link)
     else if (!adds.vertices.empty())
         m_links->AddEntries(adds.vertices.data(), adds.weights.data(), static_cast<int>(adds.vertices.size()));
     if (setCount > 0)
-        m_links->SetVertexWeights(&m_setVertices[FirstSet(link)], &m_setWeights[FirstSet(link)], setCount);
+        m_passedOver +=
+            m_links->SetVertexWeights(&m_setVertices[FirstSet(link)], &m_setWeights[FirstSet(link)], setCount);
     m_links->EndLink();
     setCount = 0;
     adds.vertices.clear();
@@ -122,16 +126,12 @@ void SkinWeightBatch::WriteLink(int link)
 
 void SkinWeightBatch::SetOrAddEach(const NewEntries& entries)
 {
-    NewEntries missing;
+    // One by one: a vertex that comes twice finds the entry that it was given the first time.
     for (size_t i = 0; i < entries.vertices.size(); ++i) {
         const int entry = m_links->FindEntry(entries.vertices[i]);
-        if (entry >= 0) {
+        if (entry >= 0)
             m_links->SetEntryWeight(entries.weights[i], entry);
-            continue;
-        }
-        missing.vertices.push_back(entries.vertices[i]);
-        missing.weights.push_back(entries.weights[i]);
+        else
+            m_links->AddEntry(entries.vertices[i], entries.weights[i]);
     }
-    if (!missing.vertices.empty())
-        m_links->AddEntries(missing.vertices.data(), missing.weights.data(), static_cast<int>(missing.vertices.size()));
 }

@@ -15,7 +15,7 @@ void SkinRewriter_Rewrite(ISkinLinks& links, const VertexInfluences* records, in
 
 /// Collects changes of single weights and hands them to the skin link by link, so that a link is made current once for
 /// many vertices. For each link the vertices keep the order in which they were given. Links that the skin does not have
-/// are passed over. The destructor writes what is left.
+/// are passed over. Finish, or the destructor, writes what is left.
 class SkinWeightBatch
 {
 public:
@@ -40,9 +40,11 @@ public:
     /// A new entry. With `mayBeThere` the link is asked first, and an entry that it has gets the weight: an undo leaves
     /// entries of weight 0 that no record names, and a vertex never has two entries of one link.
     void Add(int link, int vertex, double weight, bool mayBeThere);
+    /// Writes what is left. Answers how many weights were set for which the skin has no entry.
+    int Finish();
 
 private:
-    static constexpr size_t kAdds = 65536;
+    static constexpr size_t kAdds = 4096; // for a few links at once this stays in a core's own cache
     struct NewEntries
     {
         std::vector<int> vertices;
@@ -61,4 +63,5 @@ private:
     std::unique_ptr<double[]> m_setWeights;
     std::vector<NewEntries> m_adds; ///< by link
     bool m_mayBeThere = false;
+    int m_passedOver = 0;
 };

@@ -128,4 +128,5 @@ void ZWeightUIModelData::ReadSkin(ISkinLinks& links, int vertexCount, bool fresh
     if (normalise)
         SkinRewriter_Rewrite(links, records, vertexCount);
     m_private->skinHoldsMore = !normalise && reader.PassedOverAny();
+    m_private->recordsHoldMore = false;
 }

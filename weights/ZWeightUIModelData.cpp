@@ -6,6 +6,7 @@
 #include "weights/SkinAdmission.h"
 #include "weights/ZWeightGeomNURBS.h"
 #include "weights/ZWeightGeomPoly.h"
+#include "zbaselib/ZMemory.h"
 #include "zmodel/ZModelInterfaces.h"
 
 int ZWeightUIModelData::ClassId = -1;
@@ -19,7 +20,10 @@ ZWeightUIModelData::ZWeightUIModelData(ZModel* skinnedModel, IWeightOwner* owner
     ChooseGeometry();
     if (geometry == nullptr || links == nullptr)
         return;
-    vertexStates.SetCount(geometry->VertexCount());
+    const int vertexCount = geometry->VertexCount();
+    vertexStates.SetCountUninitialised(vertexCount);
+    ZMemory_ExpectAnyOrder(vertexStates.GetData(), sizeof(int) * static_cast<size_t>(vertexCount));
+    vertexStates.Fill(0);
 
     const int mode = SkinAdmission_ReadDeformMode(*links);
     constexpr int kAdditive = 1;

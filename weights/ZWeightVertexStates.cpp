@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // The states of a model's vertices, and the two lists that follow them.
 #include "weights/ModelDataPrivate.h"
+#include "zbaselib/ZMemory.h"
 
 #include <algorithm>
 #include <cstdint>
-#include <vector>
 
 namespace {
 
@@ -34,11 +34,14 @@ void DropLeft(ZArrayTemplate<int, 16>& list, const ZArrayTemplate<int, 16>& stat
 /// The same for a list in which vertices that came back stand twice: only their last entry counts.
 void DropLeftAndEarlier(ZArrayTemplate<int, 16>& list, const ZArrayTemplate<int, 16>& states, int least)
 {
-    std::vector<std::uint8_t> seen(static_cast<size_t>(states.GetCount()), 0);
+    ZArrayTemplate<std::uint8_t> seen;
+    seen.SetCountUninitialised(states.GetCount());
+    ZMemory_ExpectAnyOrder(seen.GetData(), seen.size());
+    seen.Fill(0);
     int kept = list.GetCount();
     for (int i = list.GetCount() - 1; i >= 0; --i) {
         const int vertex = list[i];
-        std::uint8_t& isSeen = seen[static_cast<size_t>(vertex)];
+        std::uint8_t& isSeen = seen[vertex];
         if (states[vertex] < least || isSeen != 0)
             continue;
         isSeen = 1;
@@ -176,9 +179,10 @@ void ZWeightUIModelData::RemoveFromActive(int vertex)
 
 void ZWeightUIModelData::ReserveSelection(int more)
 {
+    // No list holds more than all vertices, whatever the batch repeats.
     const int all = vertexStates.GetCount();
     const auto reserve = [all, more](ZArrayTemplate<int, 16>& list) {
-        list.Reserve(more < all - list.GetCount() ? list.GetCount() + more : all);
+        list.ReserveMore(std::max(0, std::min(more, all - list.GetCount())));
     };
     reserve(selectedVertices);
     reserve(activeVertices);

@@ -127,9 +127,10 @@ void ZWeightUIModelData::SetVertexBoneWeight(int bone, int vertex, double weight
     if (!linkIsThere)
         return;
     links->BeginLink(link);
-    // An undo leaves entries of weight 0 that the record does not name; such an entry is taken up again.
+    // An undo leaves entries of weight 0 that the record does not name; such an entry is taken up again. And a redo
+    // leaves influences that the skin has no entry for; a weight for them is not lost.
     const int entry = place >= 0 || m_private->skinHoldsMore ? links->FindEntry(vertex) : -1;
-    if (place < 0 && entry < 0)
+    if (entry < 0 && weight != 0.0)
         links->AddEntry(vertex, weight);
     else
         links->SetEntryWeight(weight, entry);
@@ -184,7 +185,10 @@ void ZWeightUIModelData::SetManyVertexSpreads(std::span<const int> vertices, std
                 continue;
             const double weight = weightOfLink[static_cast<size_t>(link)];
             record->weights[k] = static_cast<float>(weight);
-            skin.Set(link, vertex, weight);
+            if (m_private->recordsHoldMore && weight != 0.0)
+                skin.Add(link, vertex, weight, true);
+            else
+                skin.Set(link, vertex, weight);
         }
         for (const int link : spreadLinks) {
             if (seen.IsMarked(link))
@@ -234,6 +238,8 @@ void ZWeightUIModelData::ApplyManyVertexInfluences(std::span<const int> vertices
             skin.Set(view.links[k], vertex, static_cast<double>(view.weights[k]));
         Copy(view, *record);
     }
+    if (skin.Finish() > 0)
+        m_private->recordsHoldMore = true;
 }
 
 /// There are no records that would say which links have an entry for a vertex: every link's entries are gone through
@@ -255,7 +261,8 @@ void ZWeightUIModelData::ApplyToUnloaded(std::span<const int> vertices,
         for (int entry = 0; entry < entryCount; ++entry) {
             const int vertex = links->EntryVertex(entry);
             // A weight that is none was never taken into a record and is not touched here either.
-            if (HasVertex(vertex) && isTarget[static_cast<size_t>(vertex)] != 0 && links->EntryWeight(entry) >= 0.0)
+            if (HasVertex(vertex) && isTarget[static_cast<size_t>(vertex)] != 0 &&
+                IsInfluenceWeight(static_cast<float>(links->EntryWeight(entry))))
                 links->SetEntryWeight(0.0, entry);
         }
         links->EndLink();

@@ -53,6 +53,27 @@ void MorphedPositions(benchmark::State& state)
     });
 }
 
+/// One event of a weight edit: a thousand vertices beside each other get another weight, positions and normals follow.
+/// Copies are of the whole frame, so that the figure compares with the ones above.
+void ThousandWeights(benchmark::State& state)
+{
+    SkinnedCharacter character = MakeCharacter(state);
+    character.Pose(7);
+    character.mesh->Geometry().DisplayPositions(1);
+    ZSkin& skin = *character.mesh->GetSkin();
+    const int first = character.vertices / 2;
+    double weight = 0.1;
+    RunOnAllCoresAgainstCopy(state, FrameBytes(character), [&] {
+        weight = 1 - weight;
+        for (int vertex = first; vertex < first + 1000; ++vertex) {
+            skin.BeginLink(character.LinkOf(vertex, 0));
+            skin.SetEntryWeight(weight, skin.FindEntry(vertex));
+            skin.EndLink();
+        }
+        benchmark::DoNotOptimize(character.mesh->Geometry().DisplayPositions(1));
+    });
+}
+
 /// A thousand frames in which nothing moved; one is too short to time.
 void ThousandStillFrames(benchmark::State& state)
 {
@@ -100,6 +121,7 @@ void Sizes(benchmark::internal::Benchmark* benchmark)
 BENCHMARK(Positions)->Apply(Sizes);
 BENCHMARK(PositionsAndNormals)->Apply(Sizes);
 BENCHMARK(MorphedPositions)->Apply(Sizes);
+BENCHMARK(ThousandWeights)->Apply(Sizes);
 BENCHMARK(ThousandStillFrames)->Apply(Sizes);
 BENCHMARK(NurbsGrid)->UseManualTime()->Unit(benchmark::kMillisecond);
 

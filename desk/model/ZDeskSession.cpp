@@ -2,12 +2,12 @@
 // The application's actions on files, tools, the history and the heat map.
 #include "desk/model/ZDeskSession.h"
 
-#include "desk/model/ZPoseChange.h"
 #include "gltf/FileError.h"
 #include "object/ZUndoStack.h"
 #include "zbaselib/ZReport.h"
 #include "zdesktop/ZDragAndDrop.h"
 #include "zmodel/ZModel.h"
+#include "zmodel/ZPose.h"
 #include "zmodel/ZSkin.h"
 #include "ztoolkit/ZtListBox.h"
 
@@ -25,7 +25,8 @@ bool CanTake(const ZModel& model) { return model.GetSkin() != nullptr && !model.
 
 } // namespace
 
-ZDeskSession::ZDeskSession(const ZSession::Options& options) : m_session(options), m_documents(m_session)
+ZDeskSession::ZDeskSession(const ZSession::Options& options, const std::string& journalFolder)
+    : m_session(options), m_documents(m_session), m_journal(m_documents, journalFolder)
 {
     m_session.LoadPlugins();
 }
@@ -36,7 +37,7 @@ ZDeskSession::~ZDeskSession()
     CloseTool();
 }
 
-bool ZDeskSession::Open(const std::string& path, std::string* why)
+bool ZDeskSession::MayOpen(const std::string& path, std::string* why)
 {
     for (const ZDocument& document : m_documents.GetDocuments()) {
         std::error_code failed;
@@ -45,17 +46,31 @@ bool ZDeskSession::Open(const std::string& path, std::string* why)
             return false;
         }
     }
+    return true;
+}
+
+bool ZDeskSession::Open(const std::string& path, std::string* why)
+{
+    if (!MayOpen(path, why))
+        return false;
     try {
-        const std::vector<ZModel*> models = m_documents.Open(path);
-        m_session.GetViewer().Frame({});
-        ZReport_Status("Opened " + std::filesystem::path(path).filename().string() + ": " +
-                       std::to_string(models.size()) + (models.size() == 1 ? " model" : " models"));
+        Adopt(ZDocuments::Read(path));
     } catch (const FileError& error) {
         *why = error.what();
         return false;
     }
-    AfterEvent();
     return true;
+}
+
+int ZDeskSession::Adopt(ZReadDocument read)
+{
+    const std::string name = std::filesystem::path(read.path).filename().string();
+    const std::vector<ZModel*> models = m_documents.Adopt(std::move(read));
+    m_session.GetViewer().Frame({});
+    ZReport_Status("Opened " + name + ": " + std::to_string(models.size()) +
+                   (models.size() == 1 ? " model" : " models"));
+    AfterEvent();
+    return m_documents.GetDocuments().back().id;
 }
 
 bool ZDeskSession::Save(const std::string& source, const std::string& path, const ZSaveOptions& options,
@@ -64,14 +79,43 @@ bool ZDeskSession::Save(const std::string& source, const std::string& path, cons
     ZSaveOptions meant = options;
     meant.source = source;
     try {
-        const auto report = m_documents.Save(path, meant);
-        for (const ZDocument& document : m_documents.GetDocuments())
-            if (!options.asCopy && document.path == source)
-                m_savedAs[document.id] = path;
-        for (const std::string& warning : report.warnings)
-            ZReport_Warning(warning);
-        ZReport_Status("Saved " + std::filesystem::path(path).filename().string() + ": " +
-                       std::to_string(report.verticesChanged) + " vertices differ from the file that was opened");
+        ZSaveWork work = m_documents.PrepareSave(path, meant);
+        ZDocuments::WriteSave(work);
+        FinishSave(std::move(work));
+    } catch (const FileError& error) {
+        *why = error.what();
+        return false;
+    }
+    return true;
+}
+
+void ZDeskSession::FinishSave(ZSaveWork work)
+{
+    if (!work.asCopy)
+        m_savedAs[work.document] = work.path;
+    const std::string name = std::filesystem::path(work.path).filename().string();
+    const auto report = m_documents.FinishSave(std::move(work));
+    for (const std::string& warning : report.warnings)
+        ZReport_Warning(warning);
+    ZReport_Status("Saved " + name + ": " + std::to_string(report.verticesChanged) +
+                   " vertices differ from the file that was opened");
+    AfterEvent();
+}
+
+void ZDeskSession::KeepJournal()
+{
+    std::map<int, std::string> originals;
+    for (const ZDocument& document : m_documents.GetDocuments())
+        originals[document.id] = SavePath(document);
+    m_journal.Keep(originals);
+}
+
+bool ZDeskSession::Recover(const ZLeftDocument& left, std::string* why)
+{
+    try {
+        ZReadDocument read = ZDocuments::Read(left.copy);
+        read.isNew = true;
+        m_savedAs[Adopt(std::move(read))] = left.original;
     } catch (const FileError& error) {
         *why = error.what();
         return false;
@@ -92,7 +136,11 @@ std::string ZDeskSession::CurrentDocument()
 std::string ZDeskSession::SavePath(const ZDocument& document) const
 {
     const auto saved = m_savedAs.find(document.id);
-    return saved != m_savedAs.end() ? saved->second : document.path;
+    if (saved != m_savedAs.end())
+        return saved->second;
+    std::filesystem::path path = document.path;
+    const bool isOurs = path.extension() == ".glb" || path.extension() == ".gltf";
+    return document.isNew && !isOurs ? path.replace_extension(".glb").string() : path.string();
 }
 
 void ZDeskSession::CloseAll()
@@ -284,6 +332,7 @@ void ZDeskSession::AfterEvent()
     SayLastStep();
     m_session.AfterEvent();
     ShowHeat();
+    m_journal.DropSaved();
     if (m_listener)
         m_listener();
 }

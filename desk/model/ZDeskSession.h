@@ -3,6 +3,7 @@
 #pragma once
 
 #include "bcore/ZSession.h"
+#include "desk/model/ZJournal.h"
 #include "documents/ZDocuments.h"
 #include "object/ZCatalogue.h"
 
@@ -18,7 +19,8 @@ class ZtListBox;
 class ZDeskSession
 {
 public:
-    explicit ZDeskSession(const ZSession::Options& options);
+    /// `journalFolder`: where unsaved work is kept for the case of a crash; empty: nowhere.
+    explicit ZDeskSession(const ZSession::Options& options, const std::string& journalFolder = "");
     ~ZDeskSession();
 
     ZSession& Session() { return m_session; }
@@ -26,12 +28,25 @@ public:
 
     /// Opens a file and frames what came in. False with the sentence for the user in `*why`.
     bool Open(const std::string& path, std::string* why);
+    /// For whoever reads the file on a thread of its own: may it be opened, and then the rest of Open. Answers the
+    /// document's number.
+    bool MayOpen(const std::string& path, std::string* why);
+    int Adopt(ZReadDocument read);
     /// Saves the document `source` to `path`; unless it is a copy, that is where it is saved from now on. False with
     /// the sentence in `*why`.
     bool Save(const std::string& source, const std::string& path, const ZSaveOptions& options, std::string* why);
+    /// The end of a saving that was written elsewhere.
+    void FinishSave(ZSaveWork work);
+
+    ZJournal& Journal() { return m_journal; }
+    /// Has the journal write what has changed since the last time.
+    void KeepJournal();
+    /// Opens what a cut-off session left; it has unsaved changes and is saved where the user says.
+    bool Recover(const ZLeftDocument& left, std::string* why);
+
     /// The path of the document that "save" means: the only one, or the one with the most recent edit; empty for none.
     std::string CurrentDocument();
-    /// Where a document is saved: where it was last saved, else where it was opened.
+    /// Where a document is saved: where it was last saved, else where it was opened. Of a new document, a proposal.
     std::string SavePath(const ZDocument& document) const;
     /// Closes all files and clears the scene.
     void CloseAll();
@@ -83,6 +98,7 @@ private:
 
     ZSession m_session;
     ZDocuments m_documents;
+    ZJournal m_journal;
     ZTool* m_tool = nullptr;
     std::string m_toolName;
     std::map<int, std::string> m_savedAs; ///< by document

@@ -29,6 +29,7 @@ public:
             column->addWidget(MakeFilter());
         column->addWidget(m_view);
         m_holder->setFocusProxy(m_view);
+        QObject::connect(m_model, &ListBoxModel::Filtered, m_view, [this] { MirrorSelection(); });
     }
     QWidget* Widget() override { return m_holder; }
     QWidget* FocusWidget() override { return m_view; }

@@ -5,13 +5,18 @@
 #include "desk/widgets/ControlWidget.h"
 
 #include <QAbstractListModel>
+#include <QTimer>
 
 #include <vector>
 
 class ZtListBox;
 
 /// The rows of a list box as an item model. It keeps no texts. With a filter, only the rows whose text holds it
-/// (without regard to case) are shown; then all texts are asked for once at every change of the list.
+/// (without regard to case) are shown.
+///
+/// Filtering a million rows takes longer than a key press may, so it goes on in slices of a few milliseconds between
+/// events, and rows appear as they are found. A letter more in the filter looks only at the rows that are shown and at
+/// those that were not reached yet; a selection or a check mark reads nothing again.
 class ListBoxModel : public QAbstractListModel
 {
     Q_OBJECT
@@ -30,13 +35,29 @@ public:
     int RowAt(int shown) const;
     int ShownAt(int row) const;
     bool IsFiltered() const { return !m_filter.isEmpty(); }
+    /// Are there rows that the filter has not looked at yet?
+    bool IsFiltering() const { return m_scan.isActive(); }
+
+signals:
+    /// The filter has looked at all rows.
+    void Filtered();
 
 private:
+    bool Matches(int row) const;
+    void StartOver();
+    int NextRow();
+    void FilterSlice();
+
     ZtListBox& m_list;
     ControlContext m_context;
     QString m_filter;
-    std::vector<int> m_rows; ///< rows that the filter lets through, ascending
-    int m_count = 0;         ///< rows shown
+    std::vector<int> m_rows;  ///< rows that the filter lets through, ascending
+    std::vector<int> m_asked; ///< rows that a shorter filter let through; they are looked at first
+    size_t m_nextAsked = 0;
+    int m_reached = 0; ///< rows from here on no filter has looked at
+    int m_count = 0;   ///< rows shown
+    long m_texts = -1; ///< the list's version of the texts that m_rows was found in
+    QTimer m_scan;
 };
 
 /// A list with an optional filter line above it; drops of models, drags out, check marks, selection.

@@ -3,22 +3,62 @@
 #include "desk/windows/DocumentCommands.h"
 
 #include "desk/model/ZDeskSession.h"
+#include "desk/viewer/Pictures.h"
 #include "desk/viewer/ViewerWidget.h"
 #include "desk/windows/ExportDialog.h"
 #include "desk/windows/Preferences.h"
 #include "desk/windows/Waiting.h"
+#include "documents/ZForeignFile.h"
 #include "gltf/FileError.h"
 #include "zbaselib/ZReport.h"
 
+#include <QDateTime>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QLocale>
 #include <QMessageBox>
+#include <QPushButton>
+
+#include <memory>
+#include <set>
 
 namespace {
 
-QString CharacterFiles() { return QObject::tr("Characters (*.glb *.gltf);;Surfaces (*.obj);;All files (*)"); }
+/// The kinds of files for the dialog: our own first, then those that become new characters.
+QString CharacterFiles()
+{
+    QStringList patterns, kinds;
+    for (const ZForeignKind& kind : ZForeignFile_Kinds()) {
+        patterns += QStringLiteral("*%1").arg(QLatin1String(kind.extension));
+        kinds += QStringLiteral("%1 (%2)").arg(QLatin1String(kind.name), patterns.last());
+    }
+    const QString other =
+        QObject::tr("Other kinds, opened as new characters (%1)").arg(patterns.join(QLatin1Char(' ')));
+    return (QStringList{QObject::tr("Characters (*.glb *.gltf)"), other} + kinds +
+            QStringList{QObject::tr("All files (*)")})
+        .join(QStringLiteral(";;"));
+}
 QString WeightTables() { return QObject::tr("Tables of weights (*.csv *.json)"); }
 QString FileName(const QString& path) { return QFileInfo(path).fileName(); }
+
+/// What comes back from the thread that reads a file.
+struct OpenedCharacter
+{
+    ZReadDocument document;
+    DecodedPictures pictures;
+};
+
+class BusyFlag
+{
+public:
+    explicit BusyFlag(bool& flag) : m_flag(flag) { m_flag = true; }
+    ~BusyFlag() { m_flag = false; }
+    BusyFlag(const BusyFlag&) = delete;
+    BusyFlag& operator=(const BusyFlag&) = delete;
+
+private:
+    bool& m_flag;
+};
 
 } // namespace
 
@@ -51,13 +91,29 @@ void DocumentCommands::Open()
 bool DocumentCommands::OpenFile(const QString& path)
 {
     std::string why;
-    bool opened = false;
-    {
-        const Waiting waiting(m_window, tr("Opening %1 ...").arg(FileName(path)), QFileInfo(path).size());
-        opened = m_desk.Open(path.toStdString(), &why);
-    }
-    if (!opened) {
+    if (!IsFree())
+        return false;
+    if (!m_desk.MayOpen(path.toStdString(), &why)) {
         Complain(tr("Open"), why);
+        return false;
+    }
+    const BusyFlag busy(m_busy);
+    const auto read = [file = path.toStdString()](const std::stop_token& stop) {
+        OpenedCharacter opened;
+        opened.document = ZDocuments::Read(file, stop);
+        opened.pictures = DecodePictures(opened.document.file);
+        return opened;
+    };
+    try {
+        auto opened = Waiting::Run(m_window, tr("Opening %1 ...").arg(FileName(path)), WhenCancelled::Leave, read);
+        if (!opened) {
+            ZReport_Status("Opening " + FileName(path).toStdString() + " was cancelled");
+            return false;
+        }
+        const int document = m_desk.Adopt(std::move(opened->document));
+        ShowPictures(m_desk, document, opened->pictures);
+    } catch (const skindesk::gltf::FileError& error) {
+        Complain(tr("Open"), error.what());
         return false;
     }
     Preferences::AddRecentFile(path);
@@ -66,17 +122,54 @@ bool DocumentCommands::OpenFile(const QString& path)
     return true;
 }
 
-bool DocumentCommands::SaveTo(const QString& source, const QString& path, const ZSaveOptions& options)
+bool DocumentCommands::SaveTo(const QString& source, const QString& path, ZSaveOptions options)
 {
-    std::string why;
-    bool saved = false;
-    {
-        const Waiting waiting(m_window, tr("Saving %1 ...").arg(FileName(path)), QFileInfo(source).size());
-        saved = m_desk.Save(source.toStdString(), path.toStdString(), options, &why);
+    if (!IsFree())
+        return false;
+    const BusyFlag busy(m_busy);
+    options.source = source.toStdString();
+    try {
+        auto work = std::make_shared<ZSaveWork>(m_desk.Documents().PrepareSave(path.toStdString(), options));
+        const auto write = [work](const std::stop_token& stop) {
+            ZDocuments::WriteSave(*work, stop);
+            return true;
+        };
+        // Whether the file was written must be known before anything else happens to it.
+        Waiting::Run(m_window, tr("Saving %1 ...").arg(FileName(path)), WhenCancelled::Wait, write);
+        m_desk.FinishSave(std::move(*work));
+    } catch (const skindesk::gltf::FileError& error) {
+        Complain(tr("Save"), error.what());
+        return false;
     }
-    if (!saved)
-        Complain(tr("Save"), why);
-    return saved;
+    return true;
+}
+
+/// A file is opened or saved at this moment, and its window takes events: another one has to wait.
+bool DocumentCommands::IsFree()
+{
+    if (m_busy)
+        ZReport_Status("A file is being opened or saved: please wait");
+    return !m_busy;
+}
+
+/// Saves a document to its place; a new one has none yet.
+bool DocumentCommands::SaveDocument(const ZDocument& document)
+{
+    const QString source = QString::fromStdString(document.path);
+    return document.isNew ? SaveUnder(source) : SaveTo(source, QString::fromStdString(m_desk.SavePath(document)), {});
+}
+
+bool DocumentCommands::SaveUnder(const QString& source)
+{
+    QString proposed = source;
+    for (const ZDocument& document : m_desk.Documents().GetDocuments())
+        if (document.path == source.toStdString())
+            proposed = QString::fromStdString(m_desk.SavePath(document));
+    const QString path = AskSavePath(tr("Save As"), proposed);
+    if (path.isEmpty() || !SaveTo(source, path, {}))
+        return false;
+    Preferences::AddRecentFile(path);
+    return true;
 }
 
 bool DocumentCommands::Save()
@@ -84,9 +177,10 @@ bool DocumentCommands::Save()
     if (!HasDocument())
         return false;
     const std::string current = m_desk.CurrentDocument();
-    for (const ZDocument& document : m_desk.Documents().GetDocuments())
+    const std::vector<ZDocument> documents = m_desk.Documents().GetDocuments();
+    for (const ZDocument& document : documents)
         if (document.path == current)
-            return SaveTo(QString::fromStdString(current), QString::fromStdString(m_desk.SavePath(document)), {});
+            return SaveDocument(document);
     return false;
 }
 
@@ -94,8 +188,7 @@ bool DocumentCommands::SaveAll()
 {
     const std::vector<ZDocument> documents = m_desk.Documents().GetDocuments();
     for (const ZDocument& document : documents)
-        if (document.unsavedChanges &&
-            !SaveTo(QString::fromStdString(document.path), QString::fromStdString(m_desk.SavePath(document)), {}))
+        if (document.unsavedChanges && !SaveDocument(document))
             return false;
     return true;
 }
@@ -109,17 +202,7 @@ QString DocumentCommands::AskSavePath(const QString& title, const QString& propo
     return path;
 }
 
-bool DocumentCommands::SaveAs()
-{
-    if (!HasDocument())
-        return false;
-    const QString source = QString::fromStdString(m_desk.CurrentDocument());
-    const QString path = AskSavePath(tr("Save As"), source);
-    if (path.isEmpty() || !SaveTo(source, path, {}))
-        return false;
-    Preferences::AddRecentFile(path);
-    return true;
-}
+bool DocumentCommands::SaveAs() { return HasDocument() && SaveUnder(QString::fromStdString(m_desk.CurrentDocument())); }
 
 void DocumentCommands::SaveCopyForExport()
 {
@@ -129,7 +212,11 @@ void DocumentCommands::SaveCopyForExport()
     ExportDialog dialog(m_desk, source, m_window);
     if (dialog.exec() != QDialog::Accepted)
         return;
-    const QFileInfo info(source);
+    QString place = source;
+    for (const ZDocument& document : m_desk.Documents().GetDocuments())
+        if (document.path == source.toStdString())
+            place = QString::fromStdString(m_desk.SavePath(document));
+    const QFileInfo info(place);
     const QString path =
         AskSavePath(tr("Save a Copy for Export"),
                     QStringLiteral("%1/%2-export.%3").arg(info.path(), info.completeBaseName(), info.suffix()));
@@ -216,4 +303,53 @@ bool DocumentCommands::AskBeforeLosing()
     default:
         return false;
     }
+}
+
+void DocumentCommands::OfferRecovery()
+{
+    const std::vector<ZLeftDocument> left = m_desk.Journal().FindLeft();
+    if (left.empty())
+        return;
+    QStringList lines;
+    for (const ZLeftDocument& document : left)
+        lines += tr("%1, as it was on %2")
+                     .arg(FileName(QString::fromStdString(document.original)),
+                          QLocale().toString(QDateTime::fromSecsSinceEpoch(document.seconds), QLocale::ShortFormat));
+    QMessageBox question(QMessageBox::Question, tr("Unsaved work"),
+                         tr("Skindesk was cut off while there were unsaved changes. Bring them back?"),
+                         QMessageBox::NoButton, m_window);
+    question.setInformativeText(lines.join(QLatin1Char('\n')));
+    question.setObjectName(QStringLiteral("RecoveryQuestion"));
+    const QPushButton* const recover = question.addButton(tr("&Recover"), QMessageBox::AcceptRole);
+    const QPushButton* const discard = question.addButton(tr("&Discard"), QMessageBox::DestructiveRole);
+    QPushButton* const later = question.addButton(tr("&Not Now"), QMessageBox::RejectRole);
+    question.setEscapeButton(later);
+    question.exec();
+    if (question.clickedButton() == recover)
+        Recover(left);
+    else if (question.clickedButton() == discard)
+        for (const ZLeftDocument& document : left)
+            m_desk.Journal().Forget(document.session);
+    m_desk.Journal().LetGo();
+}
+
+/// What a cut-off session left goes only when all of it is open here and this session has copies of its own.
+void DocumentCommands::Recover(const std::vector<ZLeftDocument>& left)
+{
+    std::set<std::string> whole, failed;
+    for (const ZLeftDocument& document : left) {
+        std::string why;
+        if (m_desk.Recover(document, &why))
+            whole.insert(document.session);
+        else
+            failed.insert(document.session), Complain(tr("Recover"), why);
+    }
+    m_desk.Journal().Finish();
+    m_desk.KeepJournal();
+    m_desk.Journal().Finish();
+    if (m_desk.Journal().KeptCount() == 0)
+        return;
+    for (const std::string& session : whole)
+        if (failed.count(session) == 0)
+            m_desk.Journal().Forget(session);
 }

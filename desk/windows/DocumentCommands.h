@@ -2,12 +2,16 @@
 // What the File menu does: opening, saving, copies, tables of weights, pictures.
 #pragma once
 
+#include "documents/ZDocuments.h"
+
 #include <QObject>
 #include <QString>
 
+#include <vector>
+
 class QWidget;
 class ZDeskSession;
-struct ZSaveOptions;
+struct ZLeftDocument;
 
 /// Asks for names with the platform's dialogs; what goes wrong is said in a message box with the host's sentence.
 class DocumentCommands : public QObject
@@ -30,16 +34,23 @@ public:
     void CloseAll();
     /// True when nothing would be lost: there are no unsaved changes, or they were saved or given up.
     bool AskBeforeLosing();
+    /// Asks about what a session that was cut off left, if any did.
+    void OfferRecovery();
 
 signals:
     void fileOpened(const QString& path);
 
 private:
-    bool SaveTo(const QString& source, const QString& path, const ZSaveOptions& options);
+    bool SaveTo(const QString& source, const QString& path, ZSaveOptions options);
+    bool SaveUnder(const QString& source);
+    bool SaveDocument(const ZDocument& document);
+    bool IsFree();
+    void Recover(const std::vector<ZLeftDocument>& left);
     QString AskSavePath(const QString& title, const QString& proposed);
     bool HasDocument();
     void Complain(const QString& title, const std::string& sentence);
 
     ZDeskSession& m_desk;
     QWidget* m_window;
+    bool m_busy = false; ///< a file is being opened or saved
 };

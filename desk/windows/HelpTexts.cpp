@@ -12,14 +12,15 @@
 namespace {
 
 const char kFirstEdit[] = QT_TRANSLATE_NOOP("Help", R"(<h3>A first edit</h3><ol>
-<li>Open a character: File, Open, or drop a .glb or .gltf file on the window.</li>
+<li>Open a character: File, Open, or drop its file on the window.</li>
 <li>Press "Add all skinned models", or drag models from the scene onto the model list.</li>
 <li>Drag a rectangle over vertices in the viewer. They are listed in the vertex list; Shift switches vertices, Ctrl takes
 them out, Ctrl and Shift together add them.</li>
 <li>Select one or more bones in the bone list. The spread shows how strongly each pulls the current vertex.</li>
 <li>Move a slider, or type a weight in per cent. The other bones that are not locked share the rest.</li>
 <li>Edit, Undo takes every step back. File, Save writes the weights into the character and changes nothing else in it.</li>
-</ol><p>The pose fields bend a bone so that you see the weights at work; poses are never saved.</p>)");
+</ol><p>The pose fields, or the rings and arrows of Edit, Pose Bones in the Viewer, bend a bone so that you see the weights at
+work; poses are never saved.</p>)");
 
 const char kKeys[] = QT_TRANSLATE_NOOP("Help", R"(<h3>In the viewer</h3><table cellspacing="6">
 <tr><td>Alt + left button</td><td>orbit</td></tr>
@@ -30,7 +31,8 @@ const char kKeys[] = QT_TRANSLATE_NOOP("Help", R"(<h3>In the viewer</h3><table c
 <tr><td>middle button</td><td>select a model or bone; with Shift one more</td></tr>
 <tr><td>Ctrl + Alt + left button</td><td>drag a model out of the viewer</td></tr>
 <tr><td>F</td><td>frame the selection</td></tr>
-<tr><td>W</td><td>show or hide the tool's manipulator</td></tr>
+<tr><td>W</td><td>show or hide the tool's manipulator; ends posing</td></tr>
+<tr><td>Ctrl + P</td><td>rings and arrows that pose the selected bone</td></tr>
 <tr><td>Escape</td><td>give up the gesture</td></tr></table>
 <p>Where the window manager keeps Alt for itself, the Windows key does the same.</p>
 <h3>In lists</h3><table cellspacing="6">

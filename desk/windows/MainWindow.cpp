@@ -23,6 +23,7 @@
 #include <QMimeData>
 #include <QPushButton>
 #include <QScreen>
+#include <QTimer>
 #include <QUrl>
 #include <QVBoxLayout>
 
@@ -31,7 +32,8 @@
 namespace {
 constexpr int kFirstWidth = 1440, kFirstHeight = 940;
 constexpr int kSceneWidth = 240;
-constexpr int kLowScreen = 880; ///< on a screen lower than this, the docks at the left share one place
+constexpr int kJournalMilliseconds = 20'000; ///< a crash costs less than a minute, also while a copy is written
+constexpr int kLowScreen = 880;              ///< on a screen lower than this, the docks at the left share one place
 } // namespace
 
 MainWindow::MainWindow(ZDeskSession& desk, QWidget* parent)
@@ -56,6 +58,10 @@ MainWindow::MainWindow(ZDeskSession& desk, QWidget* parent)
     RestoreLayout();
     Sync();
     m_viewer->setFocus();
+    m_journal = new QTimer(this);
+    m_journal->setObjectName(QStringLiteral("JournalTimer"));
+    connect(m_journal, &QTimer::timeout, this, [this] { m_desk.KeepJournal(); });
+    m_journal->start(kJournalMilliseconds);
 }
 
 MainWindow::~MainWindow()
@@ -74,8 +80,8 @@ void MainWindow::BuildCentre()
     m_hintBar = new QWidget(centre);
     m_hintBar->setObjectName(QStringLiteral("HintBar"));
     m_hintBar->setAutoFillBackground(true);
-    m_hintBar->setBackgroundRole(QPalette::ToolTipBase);
-    m_hintBar->setForegroundRole(QPalette::ToolTipText);
+    m_hintBar->setBackgroundRole(QPalette::Base);
+    m_hintBar->setForegroundRole(QPalette::Text);
     auto* const row = new QHBoxLayout(m_hintBar);
     row->setContentsMargins(8, 3, 8, 3);
     m_hint = new QLabel(m_hintBar);

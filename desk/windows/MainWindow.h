@@ -15,6 +15,7 @@ class PosePanel;
 class QLabel;
 class QMenu;
 class QPushButton;
+class QTimer;
 class SceneTreeView;
 class StatusLine;
 class TimelineBar;
@@ -60,6 +61,7 @@ private:
     void BuildFileMenu();
     void BuildEditMenu();
     void BuildViewMenu();
+    void AddShadings(QMenu* menu);
     void BuildToolsMenu();
     void BuildHelpMenu();
     void FillRecentFiles();
@@ -82,6 +84,7 @@ private:
     PosePanel* m_pose = nullptr;
     HistoryPanel* m_history = nullptr;
     QMenu* m_recent = nullptr;
+    QTimer* m_journal = nullptr;
     QAction* m_undo = nullptr;
     QAction* m_redo = nullptr;
     long m_menusShow = -1; ///< the history's change count when undo and redo were last named

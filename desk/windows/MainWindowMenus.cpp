@@ -15,11 +15,13 @@
 #include <QFileInfo>
 #include <QMenu>
 #include <QMenuBar>
+#include <QSignalBlocker>
 
 namespace {
 
 constexpr int kUnselectBit = 4; ///< of the manipulation preferences: a drag over nothing clears the selection
 constexpr char kClearVertexLists[] = "Clear All Vertex Lists";
+constexpr char kPoseSwitch[] = "EditPose";
 
 } // namespace
 
@@ -112,6 +114,12 @@ void MainWindow::BuildEditMenu()
     const bool unselect = Preferences::Choice(QStringLiteral("dragOverNothingClears"), true);
     setUnselect(unselect);
     AddSwitch(menu, "EditUnselect", tr("&Drag over Nothing Clears the Selection"), {}, unselect, setUnselect);
+    menu->addSeparator();
+    AddSwitch(menu, kPoseSwitch, tr("&Pose Bones in the Viewer"), QKeySequence(Qt::CTRL | Qt::Key_P),
+              ZTransformManager::TheOne()->IsPosing(), [this](bool on) {
+                  ZTransformManager::TheOne()->SetPosing(on);
+                  m_desk.AfterEvent();
+              });
 }
 
 void MainWindow::BuildViewMenu()
@@ -127,23 +135,19 @@ void MainWindow::BuildViewMenu()
         m_desk.AfterEvent();
     });
     menu->addSeparator();
-    auto* const shadings = new QActionGroup(this);
-    const auto shading = [&](const char* name, const QString& text, Qt::Key key, ZShading meant) {
-        QAction* const action = AddSwitch(menu, name, text, QKeySequence(Qt::CTRL | key), viewer.GetShading() == meant,
-                                          [&viewer, meant](bool on) {
-                                              if (on)
-                                                  viewer.SetShading(meant);
-                                          });
-        shadings->addAction(action);
-    };
-    shading("ViewShaded", tr("&Shaded"), Qt::Key_1, ZShading::Shaded);
-    shading("ViewWire", tr("&Wire"), Qt::Key_2, ZShading::Wire);
-    shading("ViewShadedWire", tr("Shaded w&ith Wire"), Qt::Key_3, ZShading::ShadedWire);
+    AddShadings(menu);
     menu->addSeparator();
-    AddSwitch(menu, "ViewBones", tr("&Bones"), QKeySequence(Qt::CTRL | Qt::Key_B), viewer.GetShowBones(),
-              [&viewer](bool on) { viewer.SetShowBones(on); });
-    AddSwitch(menu, "ViewGrid", tr("&Grid"), QKeySequence(Qt::CTRL | Qt::Key_G), viewer.GetShowGrid(),
-              [&viewer](bool on) { viewer.SetShowGrid(on); });
+    const auto kept = [&](const char* name, const QString& text, Qt::Key key, void (ZViewer::*set)(bool)) {
+        const bool on = Preferences::Choice(QLatin1String(name), true);
+        (viewer.*set)(on);
+        AddSwitch(menu, name, text, QKeySequence(Qt::CTRL | key), on, [&viewer, set, name](bool now) {
+            (viewer.*set)(now);
+            Preferences::SetChoice(QLatin1String(name), now);
+        });
+    };
+    kept("ViewBones", tr("&Bones"), Qt::Key_B, &ZViewer::SetShowBones);
+    kept("ViewGrid", tr("&Grid"), Qt::Key_G, &ZViewer::SetShowGrid);
+    kept("ViewPictures", tr("&Textures"), Qt::Key_T, &ZViewer::SetShowPictures);
     AddSwitch(menu, "ViewHeatMap", tr("&Heat Map of the Selected Bone"), QKeySequence(Qt::CTRL | Qt::Key_H),
               m_desk.IsHeatMapOn(), [this](bool on) { m_desk.SetHeatMap(on); });
     menu->addSeparator();
@@ -151,6 +155,37 @@ void MainWindow::BuildViewMenu()
         menu->addAction(dock->toggleViewAction());
     menu->addSeparator();
     AddCommand(menu, "ViewDefaultLayout", tr("&Default Layout"), {}, [this] { ResetLayout(); });
+}
+
+/// How surfaces are drawn, one way at a time; the next start draws them the same way.
+void MainWindow::AddShadings(QMenu* menu)
+{
+    const struct
+    {
+        const char* name;
+        QString text;
+        Qt::Key key;
+        ZShading shading;
+    } ways[] = {{"ViewShaded", tr("&Shaded"), Qt::Key_1, ZShading::Shaded},
+                {"ViewWire", tr("&Wire"), Qt::Key_2, ZShading::Wire},
+                {"ViewShadedWire", tr("Shaded w&ith Wire"), Qt::Key_3, ZShading::ShadedWire}};
+    ZViewer& viewer = m_desk.Session().GetViewer();
+    auto* const group = new QActionGroup(this);
+    for (const auto& way : ways) {
+        if (Preferences::Choice(QLatin1String(way.name), false))
+            viewer.SetShading(way.shading);
+        const auto choose = [&viewer, name = way.name, shading = way.shading](bool on) {
+            Preferences::SetChoice(QLatin1String(name), on);
+            if (on)
+                viewer.SetShading(shading);
+        };
+        AddSwitch(menu, way.name, way.text, QKeySequence(Qt::CTRL | way.key), false, choose);
+    }
+    for (const auto& way : ways) {
+        QAction* const action = findChild<QAction*>(QLatin1String(way.name));
+        action->setChecked(viewer.GetShading() == way.shading);
+        group->addAction(action);
+    }
 }
 
 void MainWindow::BuildToolsMenu()
@@ -179,6 +214,11 @@ void MainWindow::BuildHelpMenu()
 
 void MainWindow::SyncMenus()
 {
+    // Posing also ends without the menu, when a tool takes the viewer.
+    if (auto* const pose = findChild<QAction*>(QLatin1String(kPoseSwitch))) {
+        const QSignalBlocker quiet(pose);
+        pose->setChecked(ZTransformManager::TheOne()->IsPosing());
+    }
     const ZUndoStack& stack = *ZUndoStack::TheOne();
     if (m_menusShow == stack.GetChangeCount())
         return;

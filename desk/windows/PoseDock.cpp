@@ -3,7 +3,7 @@
 #include "desk/windows/PoseDock.h"
 
 #include "desk/model/ZDeskSession.h"
-#include "desk/model/ZPoseChange.h"
+#include "zmodel/ZPose.h"
 
 #include <QDoubleSpinBox>
 #include <QGridLayout>

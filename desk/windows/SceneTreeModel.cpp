@@ -126,10 +126,11 @@ void SceneTreeModel::Toggle(const QModelIndex& index)
     ZModel* const model = ModelAt(index);
     if (model == nullptr)
         return;
-    if (index.column() == kShown)
+    if (index.column() == kShown) {
         model->SetHidden(!model->IsHidden());
-    else if (index.column() == kLocked)
+    } else if (index.column() == kLocked) {
         model->SetLocked(!model->IsLocked());
+    }
     emit dataChanged(index, index);
     m_desk.AfterEvent();
 }

@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <stop_token>
 #include <string>
 #include <utility>
 #include <vector>
@@ -48,6 +49,31 @@ struct ZDocument
     int id = 0; ///< never given twice in a session
     std::string path;
     bool unsavedChanges = false;
+    bool isNew = false; ///< made of another kind of file, or recovered: `path` is no place to save it to
+};
+
+/// A file as it was read, on its way into the scene. It knows no scene, so it may be made on any thread.
+struct ZReadDocument
+{
+    std::string path;
+    skindesk::gltf::CharacterFile file;
+    bool isNew = false;     ///< see ZDocument; such a document has unsaved changes until it is saved somewhere
+    bool isForeign = false; ///< made of another kind of file: may be saved as `.glb` and as `.gltf`
+};
+
+/// A saving on its way to disk: all that is needed of the scene has been taken from it.
+struct ZSaveWork
+{
+    int document = 0;
+    std::string path;
+    bool asCopy = false;
+    bool ownFile = false;
+    bool isForeign = false; ///< see ZReadDocument
+    std::shared_ptr<const skindesk::gltf::CharacterFile> file;
+    skindesk::gltf::CharacterEdits edits;
+    skindesk::gltf::SaveOptions how;
+    skindesk::gltf::SaveReport report;     ///< filled by WriteSave
+    std::map<int, std::uint64_t> versions; ///< by node: what the skin had counted to when its weights were taken
 };
 
 /// Opens files into the session's scene and saves them again. Several files may be open at once; each is saved by
@@ -59,9 +85,22 @@ public:
     explicit ZDocuments(ZSession& session);
     ~ZDocuments();
 
-    /// Adds the file's models to the scene; answers its geometry models by ascending node index.
+    /// Adds the file's models to the scene; answers its geometry models by ascending node index. A file of another kind
+    /// (ZForeignFile.h) becomes a new document, whose path is that of the other file until it is saved as glTF.
     std::vector<ZModel*> Open(const std::string& path);
+    /// The two halves of Open, for whoever shows that it takes time: Read touches the disk only and may run on a thread
+    /// of its own. A stop makes it throw FileError soon.
+    static ZReadDocument Read(const std::string& path, const std::stop_token& stop = {});
+    std::vector<ZModel*> Adopt(ZReadDocument read);
+
     skindesk::gltf::SaveReport Save(const std::string& path, const ZSaveOptions& options = {});
+    /// The three parts of Save: the first takes from the scene what is written, the second writes it and may run on a
+    /// thread of its own, the third notes what was saved. A stop that comes before the moment of saving makes WriteSave
+    /// throw FileError; the old file is whole then.
+    ZSaveWork PrepareSave(const std::string& path, const ZSaveOptions& options);
+    static void WriteSave(ZSaveWork& work, const std::stop_token& stop = {});
+    skindesk::gltf::SaveReport FinishSave(ZSaveWork work);
+
     std::vector<ZLimitLine> LimitReport(int maxInfluences);
     /// Clears the scene and forgets all documents.
     void Clear();
@@ -75,6 +114,9 @@ public:
     /// model without a mesh. The spans live as long as the document.
     std::vector<std::pair<int, std::span<const std::int32_t>>> GetFileVertices(const ZModel& model) const;
 
+    /// The mesh of its file that the model shows; -1 for a model without one.
+    int GetFileMesh(const ZModel& model) const;
+
     /// Writes or reads weights by vertex and bone name, as CSV or JSON by the file's extension. Reading is one undo
     /// step and is refused while a tool holds one of the models.
     void ExportWeights(const std::string& path);
@@ -82,10 +124,12 @@ public:
 
 private:
     struct Entry;
+    void BringChangesUpToDate();
     Entry& FindSource(const std::string& source);
     const Entry* FindEntry(int document) const;
     ZSession& m_session;
-    std::vector<std::unique_ptr<Entry>> m_entries;
+    std::vector<std::shared_ptr<Entry>> m_entries; ///< a saving under way keeps its own
     std::vector<ZDocument> m_listed;
     int m_nextId = 1;
+    bool m_couldRedo = false; ///< when changes were last asked for
 };

@@ -36,6 +36,8 @@ constexpr std::array<std::uint8_t, 64> ZEROS{};
 constexpr std::size_t BUDGET_FLOOR = std::size_t{16} << 20;
 // Meshes that all draw from one common pool of vertices are decoded once each; more than this many are no character.
 constexpr std::size_t BUDGET_PER_FILE_BYTE = 128;
+// A decoded vertex of a character has some forty bytes, what is made of it some hundred.
+constexpr std::size_t BUDGET_PER_DECODED_BYTE = 4;
 
 ComponentType ReadComponentType(const OpenedFile& file, JsonValue accessor)
 {
@@ -80,18 +82,10 @@ ElementRange RangeInView(const OpenedFile& file, JsonValue where, int viewIndex,
         file.Refuse(where, Counted(count, "element needs ", "elements need ") + std::to_string(end) +
                                " bytes of the buffer view, it has " + std::to_string(view.length));
     }
-    if (file.Json().Member(file.Json().Member(view.value, "extensions"), "EXT_meshopt_compression") != JSON_NONE) {
-        file.Refuse(view.value,
-                    "the buffer view is compressed with EXT_meshopt_compression, which the desk does not read");
-    }
-    const Buffer& buffer = file.Buffers()[static_cast<std::size_t>(view.buffer)];
     if (count == 0) {
         return {ZEROS.data(), stride};
     }
-    if (buffer.home == BufferHome::Nowhere) {
-        file.Refuse(buffer.value, "the buffer has neither a uri nor a binary chunk");
-    }
-    return {buffer.bytes.data() + view.offset + offset, stride};
+    return {file.ViewBytes(viewIndex).data() + offset, stride};
 }
 
 template <class Index> std::size_t IndexAt(const std::uint8_t* at)
@@ -209,7 +203,10 @@ void DecodeBudget::Spend(JsonValue where, std::size_t count, std::size_t bytesEa
                                  std::to_string(BUDGET_PER_FILE_BYTE) + " times as many would be needed");
     }
     m_left -= count * bytesEach;
+    m_spent += count * bytesEach;
 }
+
+void DecodeBudget::Allow(std::size_t decodedBytes) { m_left += BUDGET_PER_DECODED_BYTE * decodedBytes; }
 
 void DecodeBudget::NoteMisaligned(JsonValue accessor) { m_misaligned.insert(accessor); }
 
@@ -348,13 +345,23 @@ AccessorView ViewAccessor(const OpenedFile& file, const Accessor& accessor, Deco
     return {accessor, std::move(whole)};
 }
 
+AccessorView ViewNamedAt(const OpenedFile& file, JsonValue where, Accessor& accessor, DecodeBudget& budget)
+{
+    const DecodedArray* decoded = file.DecodedAt(where);
+    if (decoded == nullptr) {
+        return ViewAccessor(file, accessor, budget);
+    }
+    accessor.count = decoded->count;
+    return {accessor, decoded->bytes};
+}
+
 AccessorView ViewAt(const OpenedFile& file, JsonValue where, std::string_view shape, DecodeBudget& budget)
 {
-    const Accessor accessor = DescribeAccessor(file, file.Index(where, file.List("accessors").size(), "accessors"));
+    Accessor accessor = DescribeAccessor(file, file.Index(where, file.List("accessors").size(), "accessors"));
     if (accessor.shape != shape) {
         file.Refuse(where, "the accessor has the type " + accessor.shape + ", " + std::string(shape) + " is needed");
     }
-    return ViewAccessor(file, accessor, budget);
+    return ViewNamedAt(file, where, accessor, budget);
 }
 
 } // namespace skindesk::gltf

@@ -50,6 +50,9 @@ public:
     explicit DecodeBudget(const OpenedFile& file);
     // Throws FileError naming `where` when the file asks for too much.
     void Spend(JsonValue where, std::size_t count, std::size_t bytesEach);
+    [[nodiscard]] std::size_t Spent() const { return m_spent; }
+    // Raises the bound for bytes that came out of compressed ones, which have been bounded themselves.
+    void Allow(std::size_t decodedBytes);
 
     // Accessors whose numbers do not begin at a multiple of their size: read all the same, and reported at the end.
     void NoteMisaligned(JsonValue accessor);
@@ -58,6 +61,7 @@ public:
 private:
     const OpenedFile& m_file;
     std::size_t m_left;
+    std::size_t m_spent = 0;
     std::set<JsonValue> m_misaligned;
 };
 
@@ -98,6 +102,9 @@ private:
 [[nodiscard]] Accessor DescribeAccessor(const OpenedFile& file, int index);
 // Its elements, after checking that they lie in their buffer views. Throws FileError.
 [[nodiscard]] AccessorView ViewAccessor(const OpenedFile& file, const Accessor& accessor, DecodeBudget& budget);
+// The same for the accessor named at `where`, whose elements may be compressed ones; then `accessor` gets their count.
+[[nodiscard]] AccessorView ViewNamedAt(const OpenedFile& file, JsonValue where, Accessor& accessor,
+                                       DecodeBudget& budget);
 
 // Both, for the accessor whose index stands at `where`, which must have the given shape.
 [[nodiscard]] AccessorView ViewAt(const OpenedFile& file, JsonValue where, std::string_view shape,

@@ -20,6 +20,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -199,7 +200,8 @@ struct CharacterFile
 };
 
 // Reads a .glb or .gltf file with the buffers that lie in its folder. Throws FileError; then nothing stays loaded.
-[[nodiscard]] CharacterFile ReadCharacter(const std::string& path);
+// Looks at `stop` from mesh to mesh and gives up with a FileError.
+[[nodiscard]] CharacterFile ReadCharacter(const std::string& path, const std::stop_token& stop = {});
 
 // The same from bytes; `path` names them in errors and says in which folder buffers are looked for.
 [[nodiscard]] CharacterFile ReadCharacter(std::span<const std::uint8_t> bytes, const std::string& path);
@@ -238,6 +240,7 @@ struct SaveOptions
     bool keepTypes = false;           // keep the component type of the weights; else edited primitives become float
     bool tieSeams = false;            // control points at one place get the weights of the first of them
     bool renormalise = false;         // edited vertices are scaled to a sum of one
+    std::stop_token stop;             // looked at until the moment of saving: then FileError, and nothing has changed
 };
 
 // How a file lay on disk: enough to see that someone else has written it since.
@@ -274,8 +277,9 @@ inline constexpr double WEIGHT_TOLERANCE = 1e-6;
 // stands there afterwards, or FileError is thrown and what was there before is whole. The extension must be that of the
 // opened file. A `.gltf` takes its buffers and images along into another folder; changed weights of a file with buffers
 // of its own go to a buffer file `NAME.weights-HASH.bin` beside it.
+// Weights that are moved in are given back to the system as soon as they are not needed any more.
 // Throws FileError for the disk's and the file's troubles, std::invalid_argument for edits that name what is not there.
-SaveReport WriteCharacter(const CharacterFile& opened, const CharacterEdits& edits, const SaveOptions& options,
+SaveReport WriteCharacter(const CharacterFile& opened, CharacterEdits edits, const SaveOptions& options,
                           const std::string& path);
 
 // The influences that saving with `maxInfluences` would drop, by node and then joint. Writes nothing.

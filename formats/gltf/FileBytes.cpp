@@ -2,6 +2,8 @@
 // Whole files in and out of memory.
 #include "FileBytes.h"
 
+#include "TemporaryFiles.h"
+
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -107,11 +109,13 @@ int OpenTemporary(const std::string& path, mode_t mode, std::string& name)
 {
     const std::filesystem::path target(path);
     for (int attempt = 0; attempt < 100; ++attempt) {
-        name = (target.parent_path() / ("." + target.filename().string().substr(0, 200) + "." +
-                                        std::to_string(::getpid()) + "-" + std::to_string(attempt) + ".tmp"))
-                   .string();
+        name = (target.parent_path() / TemporaryName(target.filename().string(), attempt)).string();
         const int fd = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, mode);
-        if (fd >= 0 || errno != EEXIST) {
+        if (fd >= 0) {
+            MarkAsBeingWritten(fd);
+            return fd;
+        }
+        if (errno != EEXIST) {
             return fd;
         }
     }

@@ -21,6 +21,12 @@ public:
     [[nodiscard]] const std::string& path() const { return m_path; }
     // A JSON pointer ("/accessors/3/count"), a byte offset ("byte 12"), or empty when the whole file is meant.
     [[nodiscard]] const std::string& where() const { return m_where; }
+    // The line without file and place.
+    [[nodiscard]] std::string sentence() const
+    {
+        const std::size_t beforeWhere = m_path.size() + 2;
+        return std::string(what()).substr(beforeWhere + (m_where.empty() ? 0 : m_where.size() + 2));
+    }
 
 private:
     // Names from a file may hold line breaks; the line stays one.

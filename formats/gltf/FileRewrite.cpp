@@ -104,14 +104,34 @@ bool FileRewrite::IsWritable(int index) const
     }
 }
 
-std::uint8_t* FileRewrite::Overwrite(int index)
+std::uint8_t* FileRewrite::Overwrite(int index, std::size_t from, std::size_t length)
 {
-    const Buffer& buffer = m_file.Buffers()[static_cast<std::size_t>(index)];
-    const auto [entry, isNew] = m_overwritten.try_emplace(index);
-    if (isNew) {
-        entry->second.assign(buffer.bytes.begin(), buffer.bytes.end());
+    Window& window = m_overwritten[index];
+    window.Widen(m_file.Buffers()[static_cast<std::size_t>(index)].bytes, from, from + length);
+    return window.bytes.data() + (from - window.start);
+}
+
+// A window that has to grow becomes twice as wide at least, so that many small steps copy no byte often.
+void FileRewrite::Window::Widen(ByteSpan buffer, std::size_t from, std::size_t to)
+{
+    if (!bytes.empty() && from >= start && to <= End()) {
+        return;
     }
-    return entry->second.data();
+    std::size_t newStart = bytes.empty() ? from : std::min(from, start);
+    std::size_t newEnd = bytes.empty() ? to : std::max(to, End());
+    if (!bytes.empty() && from < start) {
+        newStart = std::min(newStart, start - std::min(start, bytes.size()));
+    }
+    if (!bytes.empty() && to > End()) {
+        newEnd = std::max(newEnd, std::min(buffer.size(), End() + bytes.size()));
+    }
+    const ByteSpan wider = buffer.subspan(newStart, newEnd - newStart);
+    std::vector<std::uint8_t> copy(wider.begin(), wider.end());
+    if (!bytes.empty()) {
+        std::copy(bytes.begin(), bytes.end(), copy.begin() + static_cast<std::ptrdiff_t>(start - newStart));
+    }
+    start = newStart;
+    bytes = std::move(copy);
 }
 
 // Where added bytes begin, counted in the buffer that they go to.
@@ -201,7 +221,9 @@ void FileRewrite::FinishWeightFile(const std::string& stem)
         const ByteSpan old = m_file.Buffers()[static_cast<std::size_t>(m_homeBuffer)].owned.Span();
         m_weightFile.assign(old.begin(), old.end());
         if (overwritten != m_overwritten.end()) {
-            std::copy(overwritten->second.begin(), overwritten->second.end(), m_weightFile.begin());
+            const Window& window = overwritten->second;
+            std::copy(window.bytes.begin(), window.bytes.end(),
+                      m_weightFile.begin() + static_cast<std::ptrdiff_t>(window.start));
         }
     }
     if (!m_added.empty()) {
@@ -226,7 +248,7 @@ void FileRewrite::FinishWeightFile(const std::string& stem)
 // Three bytes are four digits, so an overwritten weight changes a few digits and no place behind it moves.
 void FileRewrite::FinishDataUris()
 {
-    for (const auto& [index, bytes] : m_overwritten) {
+    for (const auto& [index, window] : m_overwritten) {
         const Buffer& buffer = m_file.Buffers()[static_cast<std::size_t>(index)];
         if (buffer.home != BufferHome::DataUri) {
             continue;
@@ -236,8 +258,8 @@ void FileRewrite::FinishDataUris()
         const std::size_t digits = buffer.base64Start - m_file.Json().Start(uri);
         // Behind byteLength there may be more bytes, which share the last digits with those before.
         std::vector<std::uint8_t> whole(buffer.owned.Span().begin(), buffer.owned.Span().end());
-        std::copy(bytes.begin(), bytes.end(), whole.begin());
-        for (std::size_t i = 0; i < bytes.size(); i += 3) {
+        std::copy(window.bytes.begin(), window.bytes.end(), whole.begin() + static_cast<std::ptrdiff_t>(window.start));
+        for (std::size_t i = window.start / 3 * 3; i < window.End(); i += 3) {
             const std::size_t n = std::min<std::size_t>(3, whole.size() - i);
             if (std::memcmp(&whole[i], buffer.owned.Span().data() + i, n) != 0) {
                 const std::string group = EncodeBase64(ByteSpan(&whole[i], n));
@@ -297,8 +319,10 @@ void FileRewrite::FinishGlb()
         ByteSpan old = container.hasBin ? bytes.subspan(container.binStart, container.binSize) : ByteSpan{};
         const std::size_t oldSize = old.size();
         if (overwritten != m_overwritten.end()) {
-            m_result.pieces.emplace_back(overwritten->second);
-            old = old.subspan(overwritten->second.size());
+            const Window& window = overwritten->second;
+            m_result.pieces.push_back(old.first(window.start));
+            m_result.pieces.emplace_back(window.bytes);
+            old = old.subspan(window.End());
         }
         m_result.pieces.push_back(old);
         if (!added.empty()) {

@@ -51,8 +51,8 @@ public:
 
     // Whether bytes of this buffer may be overwritten at all.
     [[nodiscard]] bool IsWritable(int buffer) const;
-    // A copy of the buffer's bytes to be overwritten.
-    [[nodiscard]] std::uint8_t* Overwrite(int buffer);
+    // Bytes [from, from + length) of a copy of the buffer, to be overwritten; valid until the next call.
+    [[nodiscard]] std::uint8_t* Overwrite(int buffer, std::size_t from, std::size_t length);
 
     // Each returns the index of what was added.
     int AddAccessor(const NewAccessor& accessor);
@@ -73,6 +73,16 @@ private:
         NewDataUri
     };
 
+    // The part of a buffer in which bytes are overwritten; what lies around it is not copied.
+    struct Window
+    {
+        std::size_t start = 0;
+        std::vector<std::uint8_t> bytes;
+
+        [[nodiscard]] std::size_t End() const { return start + bytes.size(); }
+        void Widen(ByteSpan buffer, std::size_t from, std::size_t to);
+    };
+
     [[nodiscard]] Home ChooseHome() const;
     int AddToList(const char* key, const std::string& json, std::size_t& added);
     [[nodiscard]] std::size_t HomeSize() const;
@@ -85,7 +95,7 @@ private:
 
     const OpenedFile& m_file;
     JsonSplice m_splice;
-    std::map<int, std::vector<std::uint8_t>> m_overwritten; // by buffer
+    std::map<int, Window> m_overwritten; // by buffer
     Home m_home;
     int m_homeBuffer; // index in the saved file
     std::vector<std::uint8_t> m_added;

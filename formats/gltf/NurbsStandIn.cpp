@@ -130,10 +130,15 @@ BasisSpan BasisAt(std::span<const double> knots, int degree, int count, double u
         --span;
     }
     span = std::min(span, n - 1);
-    BasisSpan basis;
-    basis.first = static_cast<int>(span - p);
-    basis.values.assign(p + 1, 0.0);
-    basis.values[0] = 1.0;
+    return {static_cast<int>(span - p), BasisInSpan(knots, degree, static_cast<int>(span), u)};
+}
+
+std::vector<double> BasisInSpan(std::span<const double> knots, int degree, int spanIndex, double u)
+{
+    const auto p = static_cast<std::size_t>(degree);
+    const auto span = static_cast<std::size_t>(spanIndex);
+    std::vector<double> values(p + 1, 0.0);
+    values[0] = 1.0;
     std::vector<double> left(p + 1);
     std::vector<double> right(p + 1);
     for (std::size_t j = 1; j <= p; ++j) {
@@ -142,13 +147,13 @@ BasisSpan BasisAt(std::span<const double> knots, int degree, int count, double u
         double saved = 0;
         for (std::size_t r = 0; r < j; ++r) {
             const double width = right[r + 1] + left[j - r];
-            const double part = width != 0 ? basis.values[r] / width : 0;
-            basis.values[r] = saved + right[r + 1] * part;
+            const double part = width != 0 ? values[r] / width : 0;
+            values[r] = saved + right[r + 1] * part;
             saved = left[j - r] * part;
         }
-        basis.values[j] = saved;
+        values[j] = saved;
     }
-    return basis;
+    return values;
 }
 
 WeightRows MakeStandInRows(const Mesh& mesh, const WeightRows& points, int mostInfluences)

@@ -12,16 +12,13 @@ namespace skindesk::gltf {
 
 namespace {
 
-// Extensions that a file may call required although the desk does nothing with them: none changes where vertices are,
-// how triangles join them, or how they hang on bones.
+// Extensions that a file may call required: the desk reads them, or does nothing with them because none changes where
+// vertices are, how triangles join them, or how they hang on bones.
 constexpr std::array HARMLESS_PREFIXES{"KHR_materials_", "KHR_texture_", "KHR_lights_", "EXT_lights_", "EXT_texture_"};
-constexpr std::array HARMLESS_EXTENSIONS{"KHR_mesh_quantization",
-                                         "KHR_animation_pointer",
-                                         "KHR_node_visibility",
-                                         "KHR_xmp_json_ld",
-                                         "MSFT_texture_dds",
-                                         "TW_nurbs_surface",
-                                         "KHR_xmp"};
+constexpr std::array HARMLESS_EXTENSIONS{
+    "KHR_mesh_quantization", "KHR_draco_mesh_compression", "EXT_meshopt_compression",
+    "KHR_animation_pointer", "KHR_node_visibility",        "KHR_xmp_json_ld",
+    "MSFT_texture_dds",      "TW_nurbs_surface",           "KHR_xmp"};
 constexpr std::array LISTS{"accessors", "animations", "bufferViews", "buffers", "images",  "materials",
                            "meshes",    "nodes",      "scenes",      "skins",   "textures"};
 constexpr std::size_t SMALLEST_STRIDE = 4;
@@ -127,6 +124,9 @@ void OpenedFile::FillBuffer(Buffer& buffer, std::size_t position)
         } else {
             FillFromFile(buffer, uri, text);
         }
+        if (buffer.home == BufferHome::Nowhere) {
+            return;
+        }
         there = buffer.owned.Span();
     } else if (position == 0 && m_container.hasBin) {
         buffer.home = BufferHome::BinChunk;
@@ -139,6 +139,12 @@ void OpenedFile::FillBuffer(Buffer& buffer, std::size_t position)
                            std::to_string(there.size()) + " are there");
     }
     buffer.bytes = there.first(buffer.byteLength);
+}
+
+bool OpenedFile::IsFallback(JsonValue buffer) const
+{
+    const JsonValue extension = m_json.Member(m_json.Member(buffer, "extensions"), "EXT_meshopt_compression");
+    return m_json.Is(m_json.Member(extension, "fallback"), JsonKind::True);
 }
 
 void OpenedFile::FillFromDataUri(Buffer& buffer, JsonValue uri, const std::string& text)
@@ -180,6 +186,11 @@ void OpenedFile::FillFromFile(Buffer& buffer, JsonValue uri, const std::string& 
     try {
         buffer.owned = ReadWholeFile(file, buffer.file);
     } catch (const FileError& error) {
+        // What stands in for programs that cannot decode is often left behind; its views are compressed elsewhere.
+        if (IsFallback(buffer.value)) {
+            buffer.home = BufferHome::Nowhere;
+            return;
+        }
         Refuse(uri, std::string("the buffer file ") + error.what());
     }
 }
@@ -219,6 +230,32 @@ BufferView OpenedFile::ReadView(JsonValue v) const
         }
     }
     return view;
+}
+
+const DecodedArray* OpenedFile::DecodedAt(JsonValue where) const
+{
+    const auto found = m_decoded.arrays.find(where);
+    return found == m_decoded.arrays.end() ? nullptr : &found->second;
+}
+
+ByteSpan OpenedFile::ViewBytes(int index) const
+{
+    const auto position = static_cast<std::size_t>(index);
+    if (position < m_decoded.views.size() && m_decoded.views[position] != nullptr) {
+        return m_decoded.views[position]->Span();
+    }
+    const BufferView& view = m_views[position];
+    const Buffer& buffer = m_buffers[static_cast<std::size_t>(view.buffer)];
+    if (buffer.home == BufferHome::Nowhere) {
+        Refuse(buffer.value, "the buffer has neither a uri nor a binary chunk");
+    }
+    return buffer.bytes.subspan(view.offset, view.length);
+}
+
+bool OpenedFile::Requires(std::string_view extension) const
+{
+    const std::vector<JsonValue> required = Array(m_json.Member(m_json.Root(), "extensionsRequired"));
+    return std::any_of(required.begin(), required.end(), [&](JsonValue v) { return Text(v) == extension; });
 }
 
 } // namespace skindesk::gltf

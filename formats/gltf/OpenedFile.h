@@ -4,6 +4,7 @@
 #pragma once
 
 #include "CharacterFile.h"
+#include "DecodedBytes.h"
 #include "FileBytes.h"
 #include "GltfContainer.h"
 #include "JsonPlaces.h"
@@ -62,6 +63,16 @@ public:
     [[nodiscard]] const FileStamp& Stamp() const { return m_stamp; } // size and time as opened
     void SetStamp(const FileStamp& stamp) { m_stamp = stamp; }
 
+    // What the file holds compressed, decoded; to be set before anything is read from accessors.
+    [[nodiscard]] const DecodedBytes& Decoded() const { return m_decoded; }
+    void SetDecoded(DecodedBytes decoded) { m_decoded = std::move(decoded); }
+    // What the accessor named at this place of the JSON has instead of bytes in the file; null when it has none.
+    [[nodiscard]] const DecodedArray* DecodedAt(JsonValue where) const;
+    // The content of a buffer view, decoded where it is compressed. Throws FileError when the buffer has no bytes.
+    [[nodiscard]] ByteSpan ViewBytes(int view) const;
+    // Whether "extensionsRequired" names the extension.
+    [[nodiscard]] bool Requires(std::string_view extension) const;
+
     // The values of a list at the root ("nodes"); empty when there is none.
     [[nodiscard]] const std::vector<JsonValue>& List(std::string_view key) const;
     // The list itself, JSON_NONE when there is none.
@@ -94,6 +105,7 @@ private:
     void FindLists();
     void FindBuffers();
     void FillBuffer(Buffer& buffer, std::size_t position);
+    [[nodiscard]] bool IsFallback(JsonValue buffer) const;
     void FillFromDataUri(Buffer& buffer, JsonValue uri, const std::string& text);
     void FillFromFile(Buffer& buffer, JsonValue uri, const std::string& text);
     void FindViews();
@@ -108,6 +120,7 @@ private:
     std::vector<Buffer> m_buffers;
     std::vector<BufferView> m_views;
     std::size_t m_totalBytes = 0;
+    DecodedBytes m_decoded;
     FileStamp m_stamp;
 };
 

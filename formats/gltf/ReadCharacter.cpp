@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // From bytes to records: the order of the steps.
 #include "BufferUri.h"
-#include "Reading.h"
+#include "Decoding.h"
 
 namespace skindesk::gltf {
 
@@ -9,15 +9,17 @@ namespace {
 
 constexpr std::size_t MOST_WARNINGS = 100;
 
-CharacterFile ReadRecords(std::shared_ptr<OpenedFile> source)
+CharacterFile ReadRecords(std::shared_ptr<OpenedFile> source, const std::stop_token& stop)
 {
     CharacterFile records;
     Reading reading(*source, records);
+    reading.stop = stop;
     records.path = source->Path();
     if (source->Json().HasByteOrderMark()) {
         reading.warnings.Add(source->Json().Root(), "a byte order mark stands before the JSON; it is kept");
     }
     ReadScenesAndNodes(reading);
+    source->SetDecoded(DecodeCompressed(reading));
     ReadMeshes(reading);
     ReadSkins(reading);
     ReadMaterialsAndImages(reading);
@@ -33,6 +35,13 @@ CharacterFile ReadRecords(std::shared_ptr<OpenedFile> source)
 }
 
 } // namespace
+
+void Reading::GiveUpIfStopped() const
+{
+    if (stop.stop_requested()) {
+        throw FileError(file.Path(), "", "was not opened: it was given up");
+    }
+}
 
 void WarningList::Add(JsonValue where, const std::string& sentence)
 {
@@ -53,17 +62,17 @@ std::vector<std::string> WarningList::Take()
     return std::move(m_lines);
 }
 
-CharacterFile ReadCharacter(const std::string& path)
+CharacterFile ReadCharacter(const std::string& path, const std::stop_token& stop)
 {
     const FileStamp stamp = QuickStamp(path);
     auto source = std::make_shared<OpenedFile>(ReadWholeFile(path, path), path);
     source->SetStamp(stamp);
-    return ReadRecords(std::move(source));
+    return ReadRecords(std::move(source), stop);
 }
 
 CharacterFile ReadCharacter(std::span<const std::uint8_t> bytes, const std::string& path)
 {
-    return ReadRecords(std::make_shared<OpenedFile>(ByteBlock(bytes), path));
+    return ReadRecords(std::make_shared<OpenedFile>(ByteBlock(bytes), path), {});
 }
 
 std::vector<std::uint8_t> ImageBytes(const CharacterFile& file, int image)

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Meshes: attributes of primitives, seams, and triangles.
-#include "Reading.h"
+#include "Decoding.h"
 
 #include <algorithm>
 #include <map>
@@ -55,6 +55,10 @@ public:
         }
         for (const JsonValue target : m_targets) {
             key.push_back(IndexOf(m_reading.json.Member(target, "POSITION")));
+        }
+        // Accessors of compressed primitives have no bytes, so several primitives may name one and mean others.
+        if (const JsonValue compressed = DracoExtensionOf(m_file, m_primitive); compressed != JSON_NONE) {
+            key.push_back(static_cast<int>(compressed));
         }
         return key;
     }
@@ -131,7 +135,8 @@ class TriangleReader
 public:
     TriangleReader(Reading& reading, JsonValue primitive, const std::vector<std::int32_t>& deskVertices,
                    std::vector<std::int32_t>& triangles)
-        : m_reading(reading), m_primitive(primitive), m_desk(deskVertices), m_triangles(triangles)
+        : m_reading(reading), m_primitive(primitive), m_desk(deskVertices), m_triangles(triangles),
+          m_decoded(reading.file.DecodedAt(DracoExtensionOf(reading.file, primitive)))
     {
     }
 
@@ -141,7 +146,8 @@ public:
         if (mode > TRIANGLE_FAN) {
             m_reading.file.Refuse(m_primitive, "mode is " + std::to_string(mode) + ", 0 to 6 are known");
         }
-        if (mode == TRIANGLES) {
+        // The corners of a compressed primitive come as triangles whatever they were before.
+        if (mode == TRIANGLES || m_decoded != nullptr) {
             ReadList();
             return;
         }
@@ -163,14 +169,16 @@ private:
     // File vertices, checked, behind what is in `corners`.
     template <class Index> void AppendCorners(std::vector<Index>& corners) const
     {
-        const JsonValue where = m_reading.json.Member(m_primitive, "indices");
+        JsonValue where = m_reading.json.Member(m_primitive, "indices");
         const std::size_t before = corners.size();
-        if (where == JSON_NONE) {
+        if (where == JSON_NONE && m_decoded == nullptr) {
             corners.resize(before + m_desk.size());
             std::iota(corners.begin() + static_cast<std::ptrdiff_t>(before), corners.end(), Index{0});
             return;
         }
-        const AccessorView view = ViewAt(m_reading.file, where, "SCALAR", m_reading.budget);
+        where = m_decoded != nullptr ? m_primitive : where;
+        const AccessorView view =
+            m_decoded != nullptr ? DecodedCorners() : ViewAt(m_reading.file, where, "SCALAR", m_reading.budget);
         if (!IsUnsigned(view.Type())) {
             m_reading.file.Refuse(where, "indices have no unsigned component type");
         }
@@ -184,6 +192,14 @@ private:
             m_reading.file.Refuse(where, "vertex " + std::to_string(*largest) + " is named, there are " +
                                              Counted(m_desk.size(), "vertex", "vertices"));
         }
+    }
+
+    [[nodiscard]] AccessorView DecodedCorners() const
+    {
+        Accessor corners;
+        corners.type = ComponentType::UInt32;
+        corners.count = m_decoded->count;
+        return {corners, m_decoded->bytes};
     }
 
     void Add(std::uint32_t a, std::uint32_t b, std::uint32_t c)
@@ -234,6 +250,7 @@ private:
     JsonValue m_primitive;
     const std::vector<std::int32_t>& m_desk;
     std::vector<std::int32_t>& m_triangles;
+    const DecodedArray* m_decoded; // the corners of a compressed primitive
 };
 
 // Vertices of all distinct attribute sets of a mesh, as far as their counts can be believed before they are checked.
@@ -261,6 +278,7 @@ void ReadPrimitives(Reading& reading, const std::vector<JsonValue>& primitives, 
     SeamJoin join(mesh, ExpectedVertices(reading, primitives), true);
     std::map<std::vector<int>, int> known;
     for (const JsonValue v : primitives) {
+        reading.GiveUpIfStopped();
         const AttributeReader attributes(reading, v, mesh.morphTargets.size());
         const auto [entry, isNew] = known.try_emplace(attributes.Key(), static_cast<int>(mesh.vertexMaps.size()));
         if (isNew) {
@@ -282,23 +300,11 @@ void ReadPrimitives(Reading& reading, const std::vector<JsonValue>& primitives, 
     reading.oddWeights[meshIndex] = join.Odd();
 }
 
-void RefuseCompression(const OpenedFile& file, JsonValue primitive)
-{
-    const JsonValue extensions = file.Json().Member(primitive, "extensions");
-    const JsonValue draco = file.Json().Member(extensions, "KHR_draco_mesh_compression");
-    if (draco != JSON_NONE) {
-        file.Refuse(draco, "the primitive is compressed with KHR_draco_mesh_compression, which the desk does not read");
-    }
-}
-
 void ReadMesh(Reading& reading, JsonValue v, std::size_t index, Mesh& mesh)
 {
     const OpenedFile& file = reading.file;
     mesh.name = file.TextOr(file.Object(v), "name", "");
     const std::vector<JsonValue> primitives = file.Array(reading.json.Member(v, "primitives"));
-    for (const JsonValue p : primitives) {
-        RefuseCompression(file, file.Object(p));
-    }
     mesh.morphWeights = file.Numbers(reading.json.Member(v, "weights"));
     if (ReadNurbsSurface(reading, v, index, mesh)) {
         return;
@@ -359,6 +365,12 @@ std::vector<InfluenceSet> ViewInfluences(const OpenedFile& file, const Attribute
         sets.push_back(std::move(set));
     }
     return sets;
+}
+
+void ReadTriangles(Reading& reading, JsonValue primitive, const std::vector<std::int32_t>& vertices,
+                   std::vector<std::int32_t>& triangles)
+{
+    TriangleReader(reading, primitive, vertices, triangles).Read();
 }
 
 void ReadMeshes(Reading& reading)

@@ -10,6 +10,8 @@ namespace skindesk::gltf {
 
 namespace {
 
+constexpr int HIGHEST_DEGREE = 5;
+
 std::array<int, 2> ReadPair(const OpenedFile& file, JsonValue object, const char* key, std::size_t least)
 {
     const JsonValue v = file.Json().Member(object, key);
@@ -28,6 +30,18 @@ std::array<int, 2> ReadPair(const OpenedFile& file, JsonValue object, const char
         pair[i] = static_cast<int>(number);
     }
     return pair;
+}
+
+std::array<int, 2> ReadDegree(const OpenedFile& file, JsonValue extension)
+{
+    const std::array<int, 2> degree = ReadPair(file, extension, "degree", 0);
+    for (const int d : degree) {
+        if (d < 1 || d > HIGHEST_DEGREE) {
+            file.Refuse(file.Json().Member(extension, "degree"),
+                        "degree " + std::to_string(d) + " is not read, 1 to 5 are");
+        }
+    }
+    return degree;
 }
 
 void ReadKnots(const OpenedFile& file, JsonValue extension, NurbsSurface& surface)
@@ -56,7 +70,7 @@ void ReadKnots(const OpenedFile& file, JsonValue extension, NurbsSurface& surfac
 NurbsSurface ReadSurface(const OpenedFile& file, JsonValue extension)
 {
     NurbsSurface surface;
-    surface.degree = ReadPair(file, extension, "degree", 1);
+    surface.degree = ReadDegree(file, extension);
     surface.count = ReadPair(file, extension, "count", 2);
     for (std::size_t i = 0; i < 2; ++i) {
         if (surface.count[i] <= surface.degree[i]) {

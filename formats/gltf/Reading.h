@@ -31,6 +31,9 @@ struct Reading
     {
     }
 
+    // Throws FileError when whoever opens the file does not want it any more.
+    void GiveUpIfStopped() const;
+
     const OpenedFile& file;
     const JsonPlaces& json;
     CharacterFile& into;
@@ -38,6 +41,7 @@ struct Reading
     WarningList warnings;
     std::vector<std::size_t> jointLimits; // by mesh: one more than the largest joint with weight
     std::vector<OddWeights> oddWeights;   // by mesh
+    std::stop_token stop;
 };
 
 // One attribute object of a primitive or of a NURBS surface, as indices into the file's accessors.
@@ -59,6 +63,9 @@ struct AttributeAccessors
 
 void ReadScenesAndNodes(Reading& reading);
 void ReadMeshes(Reading& reading);
+// Appends the triangles of a primitive; `vertices` says what each vertex of the file is called there.
+void ReadTriangles(Reading& reading, JsonValue primitive, const std::vector<std::int32_t>& vertices,
+                   std::vector<std::int32_t>& triangles);
 void ReadSkins(Reading& reading);
 void ReadMaterialsAndImages(Reading& reading);
 void ReadAnimations(Reading& reading);

@@ -3,6 +3,7 @@
 #include "SaveFiles.h"
 
 #include "BufferUri.h"
+#include "TemporaryFiles.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -19,9 +20,10 @@ fs::path FolderOrHere(const fs::path& path) { return path.parent_path().empty() 
 class Saving
 {
 public:
-    Saving(const OpenedFile& file, const RewrittenFile& rewritten, const std::string& path,
+    Saving(const OpenedFile& file, const RewrittenFile& rewritten, const std::string& path, const std::stop_token& stop,
            std::vector<std::string>& warnings)
-        : m_file(file), m_rewritten(rewritten), m_path(path), m_folder(FolderOrHere(path)), m_warnings(warnings)
+        : m_file(file), m_rewritten(rewritten), m_path(path), m_folder(FolderOrHere(path)), m_stop(stop),
+          m_warnings(warnings)
     {
         std::error_code error;
         const fs::path opened = file.Folder().empty() ? fs::path(".") : fs::path(file.Folder());
@@ -37,8 +39,11 @@ public:
         if (!m_isSameFolder) {
             PlanImages(images);
         }
+        RemoveAbandonedTemporaryFiles();
         try {
+            GiveUpIfStopped();
             WriteCompanions();
+            GiveUpIfStopped();
             ReplaceFile(m_path, m_rewritten.pieces);
         } catch (...) {
             TakeBack();
@@ -55,7 +60,25 @@ private:
         ByteSpan bytes;
     };
 
+    void GiveUpIfStopped() const
+    {
+        if (m_stop.stop_requested()) {
+            throw FileError(m_path, "", "was not saved: it was given up");
+        }
+    }
+
     [[nodiscard]] std::string PathOf(const std::string& name) const { return (m_folder / name).string(); }
+
+    // What a killed saving of this very file left goes first: it may be what fills the disk.
+    void RemoveAbandonedTemporaryFiles() const
+    {
+        const fs::path target = FollowLinks(m_path);
+        const std::string name(NameInTemporary(target.filename().string()));
+        const std::string stem = fs::path(m_path).stem().string();
+        RemoveAbandonedTemporaries(target.parent_path().string(), [&](const std::string& of) {
+            return of == name || IsWeightBufferNameOf(of, stem) || m_needed.contains(of);
+        });
+    }
 
     void RefuseOtherContent(const std::string& name) const
     {
@@ -226,6 +249,7 @@ private:
     const RewrittenFile& m_rewritten;
     const std::string& m_path;
     fs::path m_folder;
+    const std::stop_token& m_stop;
     std::vector<std::string>& m_warnings;
     bool m_isSameFolder = false;
     std::set<std::string> m_needed;
@@ -250,9 +274,9 @@ void CheckExtension(const OpenedFile& file, const std::string& path)
 }
 
 void SaveFiles(const OpenedFile& file, const std::vector<Image>& images, const RewrittenFile& rewritten,
-               const std::string& path, std::vector<std::string>& warnings)
+               const std::string& path, const std::stop_token& stop, std::vector<std::string>& warnings)
 {
-    Saving(file, rewritten, path, warnings).Run(images);
+    Saving(file, rewritten, path, stop, warnings).Run(images);
 }
 
 } // namespace skindesk::gltf

@@ -160,6 +160,8 @@ std::uint32_t SeamJoin::HashOfRow(std::size_t i) const
 bool SeamJoin::IsSame(std::size_t i, std::uint32_t vertex) const
 {
     const auto samePoint = [i, vertex](const std::vector<float>& mine, const std::vector<float>& theirs) {
+        // The same bits, as the hash takes them: a place that is not a number equals itself, and -0 is not 0.
+        // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison)
         return std::memcmp(&mine[3 * i], &theirs[std::size_t{3} * vertex], 3 * sizeof(float)) == 0;
     };
     if (!samePoint(m_block.positions, m_mesh.positions)) {

@@ -2,6 +2,8 @@
 // Which accessors may be overwritten in place.
 #include "SharedBytes.h"
 
+#include "Decoding.h"
+
 #include <algorithm>
 #include <limits>
 #include <string_view>
@@ -122,6 +124,7 @@ void SharedBytes::CollectRanges(const OpenedFile& file)
             m_ranges.push_back({view.buffer, view.offset, view.offset + view.length, 1, 1, -1});
         }
     }
+    CollectCompressed(file);
     std::sort(m_ranges.begin(), m_ranges.end(), [](const Range& a, const Range& b) {
         return std::tie(a.buffer, a.start, a.accessor) < std::tie(b.buffer, b.start, b.accessor);
     });
@@ -132,6 +135,19 @@ void SharedBytes::CollectRanges(const OpenedFile& file)
         m_reachedBy[r] = follows ? std::max(m_reachedBy[r - 1], m_ranges[r].end) : m_ranges[r].end;
         if (m_ranges[r].accessor >= 0) {
             m_rangeOf[static_cast<std::size_t>(m_ranges[r].accessor)] = r;
+        }
+    }
+}
+
+// The bytes that a compressed view is decoded from. Reading has checked that they are there.
+void SharedBytes::CollectCompressed(const OpenedFile& file)
+{
+    for (std::size_t i = 0; i < file.Decoded().views.size(); ++i) {
+        const JsonValue extension = MeshoptExtensionOf(file, file.Views()[i]);
+        if (extension != JSON_NONE && file.Decoded().views[i] != nullptr) {
+            const int buffer = file.IndexOr(extension, "buffer", "buffers", 0);
+            const std::size_t start = file.WholeNumberOr(extension, "byteOffset", 0);
+            m_ranges.push_back({buffer, start, start + file.WholeNumberOr(extension, "byteLength", 0), 1, 1, -1});
         }
     }
 }

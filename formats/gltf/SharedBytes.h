@@ -34,6 +34,7 @@ private:
 
     void CountReferences(const OpenedFile& file);
     void CollectRanges(const OpenedFile& file);
+    void CollectCompressed(const OpenedFile& file);
     [[nodiscard]] static bool Collide(const Range& a, const Range& b);
 
     std::vector<std::size_t> m_uses;      // by accessor

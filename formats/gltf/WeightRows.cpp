@@ -288,6 +288,9 @@ private:
         if (m_rows.rowOf.empty()) {
             m_rows.rowOf.assign(m_mesh.VertexCount(), -1);
             m_rows.isRequired.assign(m_mesh.VertexCount(), 0);
+            // As if all were written: memory that is not written to costs nothing, growing step by step half as much
+            // again.
+            m_rows.entries.reserve(m_mesh.influences.joints.size());
         }
         m_rows.rowOf[vertex] = static_cast<std::int32_t>(m_rows.offsets.size() - 1);
         m_rows.isRequired[vertex] = isRequired ? 1 : 0;

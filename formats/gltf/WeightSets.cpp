@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstring>
 #include <optional>
+#include <set>
 
 namespace skindesk::gltf {
 
@@ -94,6 +95,7 @@ struct OldHalf
     int index = -1;
     Accessor accessor;
     AccessorView view;
+    bool isCompressed = false; // its bytes in the file mean nothing as they are
 };
 
 // The four slots of every written vertex in one half of one set, as bytes.
@@ -117,7 +119,7 @@ public:
         }
     }
 
-    void Write()
+    std::size_t Write()
     {
         const std::size_t keptSets =
             m_options.mostSets == 0
@@ -141,6 +143,7 @@ public:
         if (!m_written.empty() || keptSets < m_target.accessors.joints.size()) {
             RemoveSetsFrom(sets);
         }
+        return m_uncompressed.size();
     }
 
 private:
@@ -150,7 +153,12 @@ private:
         half.name = name;
         half.index = m_file.Index(name, m_file.List("accessors").size(), "accessors");
         half.accessor = DescribeAccessor(m_file, half.index);
-        half.view = ViewAccessor(m_file, half.accessor, m_budget);
+        half.view = ViewNamedAt(m_file, name, half.accessor, m_budget);
+        // Views with an extension of whatever kind may have their content in a second place.
+        half.isCompressed = m_file.DecodedAt(name) != nullptr ||
+                            (half.accessor.view >= 0 &&
+                             m_file.Json().Member(m_file.Views()[static_cast<std::size_t>(half.accessor.view)].value,
+                                                  "extensions") != JSON_NONE);
         return half;
     }
 
@@ -294,8 +302,8 @@ private:
 
     [[nodiscard]] bool FitsInPlace(const OldHalf& half, const EncodedSlots& slots) const
     {
-        return m_target.mayOverwrite && half.name != JSON_NONE && half.accessor.type == slots.type &&
-               half.accessor.view >= 0 && half.accessor.sparse == JSON_NONE &&
+        return m_target.mayOverwrite && half.name != JSON_NONE && !half.isCompressed &&
+               half.accessor.type == slots.type && half.accessor.view >= 0 && half.accessor.sparse == JSON_NONE &&
                m_rewrite.IsWritable(m_file.Views()[static_cast<std::size_t>(half.accessor.view)].buffer) &&
                m_shared.Uses(half.index) == m_target.attributeObjects.size() && m_shared.OwnsItsBytes(half.index);
     }
@@ -316,7 +324,9 @@ private:
     {
         const BufferView& view = m_file.Views()[static_cast<std::size_t>(half.accessor.view)];
         const std::size_t stride = view.stride == 0 ? half.accessor.elementSize : view.stride;
-        std::uint8_t* base = m_rewrite.Overwrite(view.buffer) + view.offset + half.accessor.offset;
+        const std::size_t reach =
+            half.accessor.count == 0 ? 0 : (half.accessor.count - 1) * stride + half.accessor.elementSize;
+        std::uint8_t* base = m_rewrite.Overwrite(view.buffer, view.offset + half.accessor.offset, reach);
         const std::size_t size = SLOTS_PER_SET * ComponentSize(slots.type);
         for (std::size_t i = 0; i < m_written.size(); ++i) {
             std::memcpy(base + m_written[i] * stride, &slots.bytes[i * size], size);
@@ -384,13 +394,28 @@ private:
             fresh.bounds = "\"min\":" + Bounds::List(bounds.low) + ",\"max\":" + Bounds::List(bounds.high);
         }
         const std::string index = std::to_string(m_rewrite.AddAccessor(fresh));
-        for (const JsonValue attributes : m_target.attributeObjects) {
+        for (std::size_t i = 0; i < m_target.attributeObjects.size(); ++i) {
+            const JsonValue attributes = m_target.attributeObjects[i];
+            RemoveCompressed(i, key);
+            if (half.isCompressed) {
+                m_uncompressed.insert(attributes);
+            }
             const JsonValue old = json.Member(attributes, key);
             if (old == JSON_NONE) {
                 m_splice.AppendMember(attributes, key, index);
             } else {
                 m_splice.Replace(old, index);
             }
+        }
+    }
+
+    // A compressed primitive says which of its attributes are compressed; all others are read as usual.
+    void RemoveCompressed(std::size_t object, const std::string& key)
+    {
+        const JsonValue compressed = m_target.compressedObjects[object];
+        const JsonValue named = m_file.Json().Member(compressed, key);
+        if (named != JSON_NONE) {
+            m_splice.RemoveMember(compressed, named);
         }
     }
 
@@ -422,7 +447,8 @@ private:
     // would begin to see it.
     void RemoveSetsFrom(std::size_t first)
     {
-        for (const JsonValue attributes : m_target.attributeObjects) {
+        for (std::size_t i = 0; i < m_target.attributeObjects.size(); ++i) {
+            const JsonValue attributes = m_target.attributeObjects[i];
             for (const JsonValue member : m_file.Json().Children(attributes)) {
                 const std::string key = m_file.Json().Key(member);
                 const std::size_t digits = key.starts_with("JOINTS_") ? 7 : key.starts_with("WEIGHTS_") ? 8 : 0;
@@ -430,6 +456,7 @@ private:
                 const char* end = key.data() + key.size();
                 if (digits != 0 && std::from_chars(key.data() + digits, end, set).ptr == end && set >= first) {
                     m_splice.RemoveMember(attributes, member);
+                    RemoveCompressed(i, key);
                 }
             }
         }
@@ -449,14 +476,15 @@ private:
     std::vector<std::uint8_t> m_isUsed; // by written vertex and slot: its weight is not 0
     std::vector<EncodedSlots> m_jointSlots;
     std::vector<EncodedSlots> m_weightSlots;
+    std::set<JsonValue> m_uncompressed; // attribute objects whose compressed halves are plain now
 };
 
 } // namespace
 
-void WriteWeightSets(FileRewrite& rewrite, const SharedBytes& shared, JsonSplice& splice, const WeightTarget& target,
-                     const WeightRows& rows, const WeightSetOptions& options)
+std::size_t WriteWeightSets(FileRewrite& rewrite, const SharedBytes& shared, JsonSplice& splice,
+                            const WeightTarget& target, const WeightRows& rows, const WeightSetOptions& options)
 {
-    SetWriter(rewrite, shared, splice, target, rows, options).Write();
+    return SetWriter(rewrite, shared, splice, target, rows, options).Write();
 }
 
 } // namespace skindesk::gltf

@@ -16,8 +16,9 @@ namespace skindesk::gltf {
 // surface's control points, or the stand-in that shows it.
 struct WeightTarget
 {
-    std::vector<JsonValue> attributeObjects; // all of them name the same joints and weights
-    AttributeAccessors accessors;            // of the first
+    std::vector<JsonValue> attributeObjects;  // all of them name the same joints and weights
+    std::vector<JsonValue> compressedObjects; // beside each: the same names as a compressed primitive has them, or none
+    AttributeAccessors accessors;             // of the first
     std::size_t vertexCount = 0;
     std::span<const std::int32_t> deskVertices; // file vertex -> row owner; empty: vertex i is row owner i
     bool mayOverwrite = false;                  // no other mesh entry needs the old values
@@ -30,8 +31,9 @@ struct WeightSetOptions
 };
 
 // Writes the rows of `rows` to the target. `splice` takes the changes to its attribute objects: the file's own, or that
-// of a copy of the mesh entry.
-void WriteWeightSets(FileRewrite& rewrite, const SharedBytes& shared, JsonSplice& splice, const WeightTarget& target,
-                     const WeightRows& rows, const WeightSetOptions& options);
+// of a copy of the mesh entry. Joints and weights that are compressed in the file are written plain beside what stays
+// compressed; answers in how many primitives that was so.
+std::size_t WriteWeightSets(FileRewrite& rewrite, const SharedBytes& shared, JsonSplice& splice,
+                            const WeightTarget& target, const WeightRows& rows, const WeightSetOptions& options);
 
 } // namespace skindesk::gltf

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // From the weights of the desk to a saved file: which mesh entries change, and what goes where.
+#include "Decoding.h"
 #include "NurbsStandIn.h"
 #include "SaveFiles.h"
 #include "WeightSets.h"
@@ -45,6 +46,8 @@ public:
         return found == m_models.end() ? nullptr : found->second;
     }
 
+    void ForgetWeights() { m_models.clear(); }
+
     [[nodiscard]] const std::map<int, std::vector<const AddedJoint*>>& AddedJoints() const { return m_joints; }
 
     [[nodiscard]] std::size_t JointCount(const CharacterFile& opened, int skin) const
@@ -78,8 +81,8 @@ struct MeshGroup
 class CharacterWriter
 {
 public:
-    CharacterWriter(const CharacterFile& opened, const CharacterEdits& edits, const SaveOptions& options)
-        : m_opened(opened), m_file(*opened.source), m_edits(opened, edits), m_options(options),
+    CharacterWriter(const CharacterFile& opened, CharacterEdits& edits, const SaveOptions& options)
+        : m_opened(opened), m_file(*opened.source), m_given(edits), m_edits(opened, edits), m_options(options),
           m_limit(CheckedLimit(options.maxInfluences)), m_rewrite(m_file)
     {
         m_setOptions.keepTypes = options.keepTypes;
@@ -90,18 +93,22 @@ public:
     {
         CheckExtension(m_file, path);
         std::map<int, std::vector<MeshGroup>> groups = GroupNodes();
+        // What changed stands in the rows now. Of a large character, these are tens of megabytes.
+        m_edits.ForgetWeights();
+        m_given.models = {};
         if (!groups.empty()) {
             m_shared.emplace(m_file);
         }
         for (auto& [mesh, variants] : groups) {
             WriteMesh(mesh, variants);
+            variants = {};
         }
         for (const auto& [skin, joints] : m_edits.AddedJoints()) {
             AddJoints(skin, joints);
         }
         AddWarnings();
         const RewrittenFile& rewritten = m_rewrite.Finish(std::filesystem::path(path).stem().string());
-        SaveFiles(m_file, m_opened.images, rewritten, path, m_report.warnings);
+        SaveFiles(m_file, m_opened.images, rewritten, path, m_options.stop, m_report.warnings);
         DescribeSavedFile(rewritten, path);
         return m_report;
     }
@@ -180,7 +187,7 @@ private:
         }
         for (WeightTarget& target : TargetsOf(mesh, value)) {
             target.mayOverwrite = mayOverwrite;
-            WriteWeightSets(m_rewrite, *m_shared, splice, target, rows, m_setOptions);
+            m_uncompressed += WriteWeightSets(m_rewrite, *m_shared, splice, target, rows, m_setOptions);
         }
     }
 
@@ -212,32 +219,46 @@ private:
             }
             if (at != end) {
                 targets[at->second].attributeObjects.push_back(attributes);
+                targets[at->second].compressedObjects.push_back(CompressedNames(primitives[p]));
                 continue;
             }
             known.emplace(std::move(key), targets.size());
-            targets.push_back({{attributes}, std::move(accessors), vertices.size(), vertices, false});
+            targets.push_back({{attributes},
+                               {CompressedNames(primitives[p])},
+                               std::move(accessors),
+                               vertices.size(),
+                               vertices,
+                               false});
         }
         return targets;
+    }
+
+    // Which attributes of a primitive are compressed, by name; none in a plain one.
+    [[nodiscard]] JsonValue CompressedNames(JsonValue primitive) const
+    {
+        return m_file.Json().Member(DracoExtensionOf(m_file, primitive), "attributes");
     }
 
     void WriteSurface(JsonSplice& splice, int mesh, JsonValue value, const WeightRows& rows, bool mayOverwrite)
     {
         const JsonValue extension = NurbsExtensionOf(m_file, value);
         const JsonValue pointAttributes = m_file.Json().Member(extension, "attributes");
-        const WeightTarget points{{pointAttributes},
-                                  FindAttributes(m_file, pointAttributes, nullptr),
-                                  MeshOf(mesh).VertexCount(),
-                                  {},
-                                  mayOverwrite};
-        WriteWeightSets(m_rewrite, *m_shared, splice, points, rows, m_setOptions);
+        const WeightTarget points{
+            {pointAttributes},          {JSON_NONE}, FindAttributes(m_file, pointAttributes, nullptr),
+            MeshOf(mesh).VertexCount(), {},          mayOverwrite};
+        m_uncompressed += WriteWeightSets(m_rewrite, *m_shared, splice, points, rows, m_setOptions);
 
         const int most = m_limit == 0 ? STAND_IN_INFLUENCES : std::min(m_limit, STAND_IN_INFLUENCES);
         const WeightRows standInRows = MakeStandInRows(MeshOf(mesh), rows, most);
         const JsonValue primitive = m_file.Array(m_file.Json().Member(value, "primitives")).front();
         const JsonValue attributes = m_file.Json().Member(primitive, "attributes");
-        const WeightTarget standIn{
-            {attributes}, FindAttributes(m_file, attributes, nullptr), standInRows.rowOf.size(), {}, mayOverwrite};
-        WriteWeightSets(m_rewrite, *m_shared, splice, standIn, standInRows, m_setOptions);
+        const WeightTarget standIn{{attributes},
+                                   {CompressedNames(primitive)},
+                                   FindAttributes(m_file, attributes, nullptr),
+                                   standInRows.rowOf.size(),
+                                   {},
+                                   mayOverwrite};
+        m_uncompressed += WriteWeightSets(m_rewrite, *m_shared, splice, standIn, standInRows, m_setOptions);
     }
 
     void AddJoints(int skinIndex, const std::vector<const AddedJoint*>& added)
@@ -297,6 +318,11 @@ private:
                                         " no weight left and " + (m_counts.weightless == 1 ? "is" : "are") +
                                         " written as zeros");
         }
+        if (m_uncompressed > 0) {
+            m_report.warnings.push_back(
+                Counted(m_uncompressed, "compressed primitive has", "compressed primitives have") +
+                " changed weights; they are saved uncompressed, all else stays compressed");
+        }
         if (m_counts.unequalSeams > 0) {
             m_report.warnings.push_back(
                 Counted(m_counts.unequalSeams, "control point lies", "control points lie") +
@@ -319,6 +345,7 @@ private:
 
     const CharacterFile& m_opened;
     const OpenedFile& m_file;
+    CharacterEdits& m_given;
     Edits m_edits;
     const SaveOptions& m_options;
     int m_limit;
@@ -326,6 +353,7 @@ private:
     WeightSetOptions m_setOptions;
     std::optional<SharedBytes> m_shared;
     RowCounts m_counts;
+    std::size_t m_uncompressed = 0; // primitives whose joints or weights were compressed and are plain now
     SaveReport m_report;
 };
 
@@ -353,7 +381,7 @@ private:
 
 } // namespace
 
-SaveReport WriteCharacter(const CharacterFile& opened, const CharacterEdits& edits, const SaveOptions& options,
+SaveReport WriteCharacter(const CharacterFile& opened, CharacterEdits edits, const SaveOptions& options,
                           const std::string& path)
 {
     return CharacterWriter(opened, edits, options).Save(path);

@@ -127,6 +127,14 @@ public:
         if (capacity > m_capacity)
             Reallocate(capacity);
     }
+    /// Makes room for `more` further elements; grows by half at least, so that asking again and again stays linear.
+    void ReserveMore(int more)
+    {
+        const int limit = std::numeric_limits<int>::max();
+        const int needed = more > limit - m_count ? limit : m_count + more;
+        if (needed > m_capacity)
+            Reallocate(std::max(needed, m_capacity > limit / 3 * 2 ? limit : m_capacity + m_capacity / 2));
+    }
     /// Sets the count; new elements are value-initialised (zero for numbers).
     void SetCount(int count)
     {

@@ -4,6 +4,7 @@
 
 #include "object/ZObject.h"
 #include "zmanipulator/ZCamera.h"
+#include "zmanipulator/ZTransformManager.h"
 
 #include <memory>
 #include <vector>
@@ -128,15 +129,3 @@ int ZManipulator_GetManipulationUnselect();
 void ZManipulator_SetManipulationUnselect(int bits);
 /// The viewer that an input or draw record belongs to.
 ZViewer* ZManipulator_ViewerGet(const ZManipulatorInput& input);
-
-/// The host's own rings and arrows for moving what is selected; a tool's manipulator switches them as it is switched.
-class ZTransformManager
-{
-public:
-    static ZTransformManager* TheOne();
-    void TransformManagerSetActive(bool active) { m_active = active; }
-    bool TransformManagerGetActive() const { return m_active; }
-
-private:
-    bool m_active = false;
-};

@@ -89,10 +89,15 @@ public:
     bool GetShowBones() const { return m_showBones; }
     void SetShowGrid(bool show);
     bool GetShowGrid() const { return m_showGrid; }
+    /// Pictures on the surfaces that have them; off, all surfaces are plain.
+    void SetShowPictures(bool show);
+    bool GetShowPictures() const { return m_showPictures; }
 
     /// The model that a click at this pixel would take: the bone whose drawn line passes nearest, within 8 pixels,
     /// while bones are shown, else the mesh or surface in front there. Hidden models are passed over. Null for none.
     ZModel* ModelAt(int x, int y);
+    /// The host's own click: selects that model in the scene, alone or, with `add`, beside what is selected.
+    void SelectAt(int x, int y, bool add);
 
     /// Called when the picture is out of date.
     void SetRedrawListener(std::function<void()> listener);
@@ -113,7 +118,6 @@ private:
     bool SendInput(ZManipulatorInput& input);
     bool HostPress(const ZManipulatorInput& input);
     bool HostRelease(const ZManipulatorInput& input);
-    void SelectAt(int x, int y, bool add);
     bool CameraGesture(int x, int y);
     void DrawManipulators();
     void OnSceneEvent(ZObject* sender, ZEvent& event);
@@ -132,7 +136,7 @@ private:
     bool m_rectShown = false;
     int m_rect[4] = {0, 0, 0, 0};
     ZShading m_shading = ZShading::Shaded;
-    bool m_showBones = true, m_showGrid = true;
+    bool m_showBones = true, m_showGrid = true, m_showPictures = true;
     std::unique_ptr<Painter> m_painter;
     std::function<void()> m_redraw;
     long m_invalidated = 0;

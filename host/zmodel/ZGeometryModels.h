@@ -2,6 +2,7 @@
 // Models with geometry: polygon meshes and NURBS surfaces, deformed by their skin.
 #pragma once
 
+#include "zmodel/ZAppearance.h"
 #include "zmodel/ZModel.h"
 #include "zmodel/ZNurbs.h"
 #include "zmodel/ZSkin.h"
@@ -19,8 +20,8 @@ struct ZMorphTarget
 /// What polygon meshes and NURBS surfaces share: undeformed positions (control points), morph targets, skin, and the
 /// evaluation of morph targets, then skin. Linear blend in the skin's mode: mode 0 divides by the sum of the weights
 /// (a vertex without weight stays), mode 1 adds each bone's offset, mode 2 leaves the missing part of 1 at the
-/// undeformed point. Evaluated again only when a bone, a weight or a morph weight changed since; all cores for large
-/// meshes.
+/// undeformed point. Evaluated again only when a bone, a weight or a morph weight changed since, and for a few weights
+/// or bones only the vertices that they pull; all cores for large meshes.
 class ZModelGeometryBase : public ZModel
 {
 public:
@@ -40,11 +41,19 @@ public:
     /// The weights that hold now.
     const std::vector<float>& GetMorphWeights() const;
 
+    /// Pictures and colours for whoever draws the surface; null: it is drawn plain.
+    void SetAppearance(std::shared_ptr<const ZAppearance> appearance) { m_appearance = std::move(appearance); }
+    const std::shared_ptr<const ZAppearance>& GetAppearance() const { return m_appearance; }
+
     void* IQuery(int interfaceId, int flags) override;
     int VertexCount() override;
     const float* VertexPositions(int deformed) override;
     /// Counts up when the deformed positions were computed anew.
     std::uint64_t GetDeformVersion() const;
+    /// Which vertices got another deformed place: keep GetDeformMark's answer, and ask later for those since then.
+    /// They are appended, perhaps with repeats. False, and nothing appended, when it may be any vertex.
+    std::uint64_t GetDeformMark() const;
+    bool GetDeformedSince(std::uint64_t mark, std::vector<int>& vertices) const;
 
 protected:
     ZModelGeometryBase(const char* name, ZModelKind kind);
@@ -58,6 +67,7 @@ protected:
 private:
     struct State;
     std::unique_ptr<State> m_state;
+    std::shared_ptr<const ZAppearance> m_appearance;
 };
 
 /// A polygon mesh.

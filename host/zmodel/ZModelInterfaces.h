@@ -75,7 +75,8 @@ public:
     /// Setting exactly what another link of this skin answered carries that link's exact matrix along.
     virtual void SetLinkBindTransform(const ZgeVector4& translation, const ZgeVector3& rotation,
                                       const ZgeVector3& scaling) = 0;
-    /// Sets the per-link option; 0 = the link takes part as the skin's mode says.
+    /// Sets the per-link option: 0 = the link takes part as the skin's mode says; any other = it takes no part in the
+    /// deformation, as if it had no entries.
     virtual void ResetLinkOption(int option) = 0;
 
     // Whole link at once: the same as the calls above entry by entry, for whoever walks all of them. A skin that keeps
@@ -93,11 +94,16 @@ public:
         for (int i = 0; i < count; ++i)
             AddEntry(vertices[i], weights[i]);
     }
-    /// Sets the weights of `count` vertices, in order; a vertex without an entry is passed over.
-    virtual void SetVertexWeights(const int* vertices, const double* weights, int count)
+    /// Sets the weights of `count` vertices, in order; a vertex without an entry is passed over. Answers how many were.
+    virtual int SetVertexWeights(const int* vertices, const double* weights, int count)
     {
-        for (int i = 0; i < count; ++i)
-            SetEntryWeight(weights[i], FindEntry(vertices[i]));
+        int passedOver = 0;
+        for (int i = 0; i < count; ++i) {
+            const int entry = FindEntry(vertices[i]);
+            SetEntryWeight(weights[i], entry);
+            passedOver += entry < 0 ? 1 : 0;
+        }
+        return passedOver;
     }
 
     // Of the skin.

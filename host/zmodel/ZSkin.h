@@ -46,7 +46,7 @@ public:
     void ResetLinkOption(int option) override;
     bool EntryArrays(const int*& vertices, const double*& weights, int& count) override;
     void AddEntries(const int* vertices, const double* weights, int count) override;
-    void SetVertexWeights(const int* vertices, const double* weights, int count) override;
+    int SetVertexWeights(const int* vertices, const double* weights, int count) override;
     int DeformMode() override;
     void SetSkinDisplayValue(double value) override;
 
@@ -74,8 +74,16 @@ public:
 
     /// Counts up at every change of a weight, of the entries or of the links.
     std::uint64_t GetVersion() const { return m_version; }
-    /// Counts up when links are added or removed.
+    /// Counts up when links are added or removed, or when a link's bind transform or option changes.
     std::uint64_t GetLinkVersion() const;
+    /// Differs from an earlier answer when entries of the link were added or taken away; setting weights changes
+    /// nothing.
+    std::uint64_t GetEntryListVersion(int link) const;
+    /// Which vertices were given other weights: keep GetTouchMark's answer, and ask later for those since then. They
+    /// are appended with repeats. False, and nothing appended, when so much has changed since that it is not
+    /// remembered.
+    std::uint64_t GetTouchMark() const;
+    bool GetTouchedSince(std::uint64_t mark, std::vector<int>& vertices) const;
     /// Vertices whose sum of weights was changed outside the undo stack since the last call (a skin rewritten to sum to
     /// one); the host says the number in the status line.
     int TakeNormalisedCount();

@@ -47,7 +47,13 @@ public:
     /// Appends rows that are neither selected nor checked.
     void AddRows(int count);
     /// The texts changed, the rows stay.
-    void TextsChanged() { MarkChanged(); }
+    void TextsChanged()
+    {
+        ++m_textsVersion;
+        MarkChanged();
+    }
+    /// Counts up when there are other rows or texts than before; a selection or a check mark changes nothing.
+    long GetTextsVersion() const { return m_textsVersion; }
 
     bool IsRowSelected(int row) const;
     /// Out of range is ignored. Without multiple selection the row takes the place of the one that was selected.
@@ -82,6 +88,7 @@ private:
 
     const IZtRowSource* m_source = nullptr;
     std::vector<std::uint8_t> m_rows;
+    long m_textsVersion = 0;
     int m_selectedCount = 0;
     mutable int m_noneBefore = 0; ///< no row before this one is selected: where looking for the first one begins
     int m_style = 0;

@@ -20,8 +20,7 @@ protected:
     void SetUp() override
     {
         unsetenv("SKINDESK_PLUGINS");
-        std::string pattern =
-            (std::filesystem::temp_directory_path() / ("skindesk-session-" + std::string(6, 'X'))).string();
+        std::string pattern = (std::filesystem::temp_directory_path() / "skindesk-session-XXXXXX").string();
         ASSERT_NE(mkdtemp(pattern.data()), nullptr);
         m_folder = pattern;
         ZReport_ClearWarnings();

@@ -39,7 +39,7 @@ std::vector<Room> MakeRooms()
     const Names middle = Joined({objects, {"host/ztoolkit", "host/zmodel", "host/zxtrobject"}});
     const Names upper = Joined({middle, {"host/zdesktop", "host/zmanipulator", "host/zconstraints"}});
     const Names sdk = Joined({upper, {"host/bcore"}});
-    const Names formats{"formats/gltf", "formats/nurbs", "formats/documents"};
+    const Names formats{"formats/gltf", "formats/import", "formats/obj", "formats/assimp", "formats/documents"};
     const Names decoders{"JSON", "assimp", "meshoptimizer", "draco"};
     const Names desk = Joined({sdk, formats, {"desk/model"}});
     return {
@@ -59,7 +59,9 @@ std::vector<Room> MakeRooms()
         {"tool", Joined({sdk, {"weights", "editing", "panel", "viewport"}}), {}},
         {"plugin", Joined({sdk, {"weights", "editing", "panel", "viewport", "tool"}}), {}},
         {"formats/gltf", Joined({sdk, formats}), decoders},
-        {"formats/nurbs", Joined({sdk, formats}), decoders},
+        {"formats/import", {"formats/gltf"}, {"JSON"}},
+        {"formats/obj", {"formats/gltf", "formats/import"}, {}},
+        {"formats/assimp", {"formats/gltf", "formats/import"}, {"assimp"}},
         {"formats/documents", Joined({sdk, formats}), decoders},
         {"python", Joined({sdk, formats}), {"Python"}},
         {"desk/model", Joined({sdk, formats}), {}},

@@ -40,7 +40,7 @@ protected:
 
     void MakeWindow()
     {
-        desk = std::make_unique<ZDeskSession>(ZSession::Options());
+        desk = std::make_unique<ZDeskSession>(ZSession::Options(), journalFolder);
         window = std::make_unique<MainWindow>(*desk);
         window->resize(1400, 900);
         window->show();
@@ -113,6 +113,7 @@ protected:
     }
 
     QTemporaryDir folder;
+    std::string journalFolder; ///< empty: no journal is kept
     std::unique_ptr<ZDeskSession> desk;
     std::unique_ptr<MainWindow> window;
 };

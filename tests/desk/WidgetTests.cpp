@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The generic widgets, driven by a control's state alone.
 #include "Drops.h"
+#include "ListStage.h"
 #include "desk/model/ModelDrag.h"
 #include "desk/widgets/FormWidget.h"
 #include "desk/widgets/ListBoxView.h"
@@ -17,7 +18,6 @@
 #include <QComboBox>
 #include <QDropEvent>
 #include <QElapsedTimer>
-#include <QLineEdit>
 #include <QMimeData>
 #include <QScrollBar>
 #include <QSlider>
@@ -25,68 +25,11 @@
 
 #include <gmock/gmock.h>
 
-#include <set>
-
 namespace {
 
 using testing::ElementsAre;
 using testing::Lt;
 using testing::SizeIs;
-
-/// Answers "row N" and keeps which rows it was asked for.
-class CountingSource final : public IZtRowSource
-{
-public:
-    std::string RowText(const ZtListBox&, int row) const override
-    {
-        ++asked;
-        rows.insert(row);
-        return "row " + std::to_string(row);
-    }
-    mutable long asked = 0;
-    mutable std::set<int> rows;
-};
-
-/// Keeps every event of a control.
-struct Recorder
-{
-    void Hear(ZObject*, ZEvent& event) { events.push_back(static_cast<ZtEvent&>(event)); }
-    std::vector<ZtEvent> events;
-};
-
-struct ListStage
-{
-    explicit ListStage(int rows, bool several = true)
-    {
-        list.SetMultipleSelection(several);
-        list.SetRowSource(&source);
-        list.AddRows(rows);
-        list.RegisterHandler(kViewSelectionChanged, ZMakeHandler<&Recorder::Hear>(&recorder));
-    }
-    ~ListStage() { list.SetRowSource(nullptr); }
-    void Show(int height = 300)
-    {
-        widget = MakeListWidget(list, {[this] { widget->SyncIfChanged(); }}, nullptr);
-        widget->SyncIfChanged();
-        holder.reset(widget->Widget());
-        holder->resize(200, height);
-        holder->show();
-        static_cast<void>(QTest::qWaitForWindowExposed(holder.get()));
-        holder->repaint();
-    }
-    ListBoxView* View() { return holder->findChild<ListBoxView*>(); }
-    QPoint Place(int row) { return View()->visualRect(View()->model()->index(row, 0)).center(); }
-    void Click(int row, Qt::KeyboardModifiers modifiers = {})
-    {
-        QTest::mouseClick(View()->viewport(), Qt::LeftButton, modifiers, Place(row));
-    }
-
-    CountingSource source;
-    Recorder recorder;
-    ZtListBox list{"Rows"};
-    std::unique_ptr<ControlWidget> widget;
-    std::unique_ptr<QWidget> holder;
-};
 
 TEST(ListView, MillionRowsAskOnlyForTheVisibleTexts)
 {
@@ -206,32 +149,6 @@ TEST(ListView, FollowsTheControlWhenItIsFilledAnew)
     stage.widget->SyncIfChanged();
     EXPECT_EQ(stage.View()->model()->rowCount(), 7);
     EXPECT_TRUE(stage.View()->selectionModel()->isSelected(stage.View()->model()->index(6, 0)));
-    EXPECT_THAT(stage.recorder.events, SizeIs(0));
-}
-
-TEST(ListFilter, ShowsMatchingRowsAndSelectsTheControlsRow)
-{
-    ListStage stage(30);
-    stage.Show();
-    auto* const filter = stage.holder->findChild<QLineEdit*>("Filter");
-    ASSERT_NE(filter, nullptr);
-    QTest::keyClicks(filter, "ROW 2");
-    ASSERT_EQ(stage.View()->model()->rowCount(), 11); // 2 and 20 to 29
-    stage.Click(1);
-    EXPECT_THAT(stage.list.GetSelectedRows(), ElementsAre(20));
-    filter->clear();
-    EXPECT_EQ(stage.View()->model()->rowCount(), 30);
-    EXPECT_THAT(stage.list.GetSelectedRows(), ElementsAre(20));
-}
-
-TEST(ListFilter, NothingFoundIsAnEmptyList)
-{
-    ListStage stage(30);
-    stage.Show();
-    stage.holder->findChild<QLineEdit*>("Filter")->setText("no such row");
-    EXPECT_EQ(stage.View()->model()->rowCount(), 0);
-    QTest::keyClick(stage.View(), Qt::Key_Down);
-    QTest::mouseClick(stage.View()->viewport(), Qt::LeftButton);
     EXPECT_THAT(stage.recorder.events, SizeIs(0));
 }
 

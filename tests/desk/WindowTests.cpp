@@ -4,7 +4,6 @@
 #include "Stage.h"
 
 #include "desk/model/ModelDrag.h"
-#include "desk/model/ZPoseChange.h"
 #include "desk/windows/DocumentCommands.h"
 #include "desk/windows/ExportDialog.h"
 #include "desk/windows/Preferences.h"
@@ -12,6 +11,7 @@
 #include "object/ZUndoStack.h"
 #include "zbaselib/ZReport.h"
 #include "zdesktop/ZDragAndDrop.h"
+#include "zmodel/ZPose.h"
 #include "zmodel/ZSkin.h"
 
 #include <QCheckBox>
@@ -150,10 +150,7 @@ TEST_F(DeskWindow, AltDragTakesModelsOutOfTheTool)
     const QPoint row = list->visualRect(list->model()->index(0, 0)).center();
     // A drag of the window system runs until it is dropped or given up.
     QTimer givesUp;
-    QObject::connect(&givesUp, &QTimer::timeout, [] {
-        if (QWindow* const focused = QApplication::focusWindow())
-            QTest::keyClick(focused, Qt::Key_Escape);
-    });
+    QObject::connect(&givesUp, &QTimer::timeout, [this] { QTest::keyClick(window->windowHandle(), Qt::Key_Escape); });
     givesUp.start(50);
     QTest::mousePress(list->viewport(), Qt::LeftButton, Qt::AltModifier, row);
     const QPoint far = row + QPoint(40, 40);

@@ -344,17 +344,48 @@ void Step(EditingTool& tool)
     }
 }
 
+/// Each vertex on one of the two bones.
+void FillWeights(EditingTool& tool)
+{
+    for (const auto& item : tool.owned) {
+        for (int vertex = 0; vertex < item->vertexStates.GetCount(); ++vertex)
+            TinyCharacter::Weight(item->model, vertex % 2, vertex, 1.0);
+        item->Refresh();
+    }
+}
+
+/// Making a change of the first selected vertex again is another change, taking it back is not.
+TEST(UndoWalkProperty, EveryStateComesBackInBothWeightingModes)
+{
+    const bool held = rc::check("undo returns to every state", [] {
+        EditingTool tool;
+        MakeModels(tool);
+        FillWeights(tool);
+        ZUndoStack& stack = *ZUndoStack::TheOne();
+        std::vector<Sight> states{Look(tool)};
+        for (int move = *rc::gen::inRange(1, 15); move > 0; --move) {
+            tool.weightingMode = *rc::gen::inRange(0, 2);
+            const int before = stack.GetUndoCount();
+            Step(tool);
+            if (stack.GetUndoCount() > before)
+                states.push_back(Look(tool));
+        }
+        for (size_t state = states.size() - 1; state > 0; --state) {
+            RC_ASSERT(stack.Undo());
+            RC_ASSERT(Look(tool) == states[state - 1]);
+        }
+        RC_ASSERT(!stack.Undo());
+    });
+    EXPECT_TRUE(held);
+}
+
 TEST(UndoWalkProperty, EveryStateComesBack)
 {
     const bool held = rc::check("undo and redo return to every state", [] {
         EditingTool tool;
         MakeModels(tool);
         tool.weightingMode = kAffectAllSelected;
-        for (const auto& item : tool.owned) {
-            for (int vertex = 0; vertex < item->vertexStates.GetCount(); ++vertex)
-                TinyCharacter::Weight(item->model, vertex % 2, vertex, 1.0);
-            item->Refresh();
-        }
+        FillWeights(tool);
         ZUndoStack& stack = *ZUndoStack::TheOne();
         std::vector<Sight> states{Look(tool)};
         size_t at = 0;

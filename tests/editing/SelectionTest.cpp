@@ -153,6 +153,14 @@ TEST_F(Selection, ActivateToggleEndsWithTheFlagsAsStated)
     EXPECT_FALSE(selection.noActive);
 }
 
+TEST_F(Selection, BatchOutsideATransactionIsNotRecorded)
+{
+    selection.PickSelect({0, 1, 1, 2}, kPickAdd);
+    EXPECT_EQ(data[0]->GetVertexState(1), 2);
+    EXPECT_EQ(data[1]->GetVertexState(2), 2);
+    EXPECT_EQ(stack.GetUndoCount(), 0);
+}
+
 TEST_F(Selection, PairsThatNameNothingArePassedOver)
 {
     Begin();
@@ -193,6 +201,21 @@ TEST_F(RowSelection, SelectVExtendsToTheColumn)
     EXPECT_THAT(Sheet().activeVertices, ElementsAre(6, 2, 10));
     tool.Pick({2, 6}, kPickRemove);
     EXPECT_THAT(Sheet().selectedVertices, IsEmpty());
+}
+
+TEST_F(RowSelection, SelectUAndVTogetherTakeTheRowAndTheColumn)
+{
+    selection.selectU = selection.selectV = true;
+    tool.Pick({2, 6}, kPickAdd);
+    EXPECT_THAT(Sheet().activeVertices, ElementsAre(6, 4, 5, 7, 2, 10));
+    EXPECT_THAT(selection.vertexRows, ElementsAre(6));
+    Begin();
+    selection.PickActivate({2, 6}, kPickRemove);
+    EXPECT_THAT(Sheet().activeVertices, IsEmpty());
+    EXPECT_THAT(Sheet().selectedVertices, ElementsAre(6, 4, 5, 7, 2, 10));
+    selection.selectU = false;
+    selection.PickActivate({2, 4}, kPickAdd);
+    EXPECT_THAT(Sheet().activeVertices, ElementsAre(4)); // of its column only the picked one is selected
 }
 
 TEST_F(RowSelection, MeshesIgnoreSelectUAndV)
@@ -343,6 +366,32 @@ TEST_F(Selection, UncheckedModelsLoseTheirSelectionAndRows)
     selection.SyncPanelSelection();
     EXPECT_TRUE(selection.noSelection);
     EXPECT_TRUE(selection.noActive);
+}
+
+TEST_F(Selection, UncheckingWithASelectionIsNotRecorded)
+{
+    tool.Pick({0, 1, 0, 2}, kPickAdd);
+    tool.Pick({0, 2}, kPickRemove, true);
+    const int steps = stack.GetUndoCount();
+    data[0]->SetModelSelected(false, nullptr);
+    selection.SyncPanelSelection();
+    EXPECT_EQ(stack.GetUndoCount(), steps);
+    EXPECT_FALSE(stack.IsTransactionOpen());
+    EXPECT_EQ(data[0]->noSelectedVertices, 1);
+    EXPECT_EQ(data[0]->noActiveVertices, 1);
+    EXPECT_THAT(data[0]->activeVertices, IsEmpty());
+}
+
+TEST_F(Selection, RowsWithoutAnActiveVertexLeaveNothingActive)
+{
+    tool.Pick({0, 1, 1, 2}, kPickAdd, true);
+    selection.noActive = false;
+    selection.targetRows.Add(0);
+    selection.SyncPanelSelection();
+    EXPECT_THAT(selection.targetRows, IsEmpty());
+    EXPECT_TRUE(selection.noActive);
+    EXPECT_FALSE(selection.noSelection);
+    EXPECT_THAT(selection.vertexRows, ElementsAre(1, 2));
 }
 
 TEST_F(Selection, TargetRowsAreCollectedInActivationOrder)

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
 // Weights into colours: three modes, two strategies, and the update after a bone's colour changed.
 #include "support/EditingTool.h"
-#include "support/RecordingSkin.h"
+#include "support/StrangeSkin.h"
 
 #include <gmock/gmock.h>
 #include <rapidcheck.h>
 
 #include <cmath>
+#include <limits>
 
 using testing::ElementsAre;
 using testing::FloatEq;
@@ -219,6 +220,62 @@ TEST_F(Colouring, BrokenSkinWeightNeverEntersAColour)
     EXPECT_EQ(ColourOf(data, 1), kBlack);
 }
 
+TEST_F(Colouring, InfiniteSkinWeightNeverEntersAColour)
+{
+    for (const int mode : {kDeformNormalise, kDeformTotal100}) {
+        ZWeightUIModelData& data = Load(mode, {{0.5}, {0.5, 0.5}});
+        data.ComputeColors(table, kColourSmooth);
+        const std::vector<float> before(data.vertexColours.begin(), data.vertexColours.end());
+        TinyCharacter::Weight(mesh, 2, 0, std::numeric_limits<double>::infinity());
+        TinyCharacter::Weight(mesh, 2, 1, 1e300); // more than a float holds
+        data.BoneColorChanged(table, 2, kColourSmooth, 0.5F, 0.5F, 0);
+        EXPECT_EQ(std::vector<float>(data.vertexColours.begin(), data.vertexColours.end()), before) << mode;
+        data.Refresh();
+        data.ComputeColors(table, kColourSmooth);
+        EXPECT_EQ(std::vector<float>(data.vertexColours.begin(), data.vertexColours.end()), before) << mode;
+    }
+}
+
+TEST_F(Colouring, EntriesOfVerticesThatAreNotThereColourNothing)
+{
+    tool.character.AddBones(2);
+    for (const bool answersArrays : {false, true}) {
+        StrangeMesh strange(tool.character.bones, answersArrays);
+        ZWeightUIModelData& data = tool.Admit(&strange);
+        tool.RebuildBoneList();
+        table = {1, 0, 0, 0, 0, 1};
+        data.ComputeColors(table, kColourSmooth);
+        table[0] = 0.0F;
+        data.BoneColorChanged(table, 0, kColourSmooth, 1, 0, 0);
+        EXPECT_THAT(data.vertexColours, ElementsAre(0.0F, 0.0F, 0.5F, 0.0F, 0.0F, 0.0F, 0.5F, 0.0F));
+        tool.Remove(data);
+    }
+}
+
+/// Another model's bone stands in the colour table and in no skin of this one.
+TEST_F(Colouring, ModelThatDoesNotUseTheBoneKeepsItsColours)
+{
+    ZWeightUIModelData& data = Load(kDeformNormalise, {{0.5, 0.5}});
+    tool.character.AddBones(1);
+    ZModelPolymesh* const other = tool.character.AddMesh("Other", 1);
+    TinyCharacter::Weight(other, 3, 0, 1.0);
+    ZWeightUIModelData& owner = tool.Admit(other);
+    tool.RebuildBoneList();
+    ASSERT_EQ(tool.boneList.GetCount(), 4);
+    table = {1, 0, 0, 0, 0, 1, 0, 1, 0, 1, 1, 0};
+    for (const int mode : {kColourSmooth, kColourMostInfluential, kColourLeastInfluential}) {
+        table[11] = 0.0F;
+        for (ZWeightUIModelData* const each : {&data, &owner})
+            each->ComputeColors(table, mode);
+        const Colour before = ColourOf(data, 0);
+        table[11] = 1.0F;
+        for (ZWeightUIModelData* const each : {&data, &owner})
+            each->BoneColorChanged(table, 3, mode, 1, 1, 0);
+        EXPECT_EQ(ColourOf(data, 0), before) << mode;
+        EXPECT_EQ(ColourOf(owner, 0), (Colour{1, 1, 1})) << mode;
+    }
+}
+
 TEST_F(Colouring, LinksWithoutAColourArePassedOver)
 {
     ZWeightUIModelData& data = Load(kDeformTotal100, {{0.25, 0.5, 0.25}});
@@ -314,6 +371,40 @@ TEST(StrategyProperty, ColoursAreThoseOfThePlainRules)
             data.SetVertexState(vertex, 2);
         data.ComputeActiveColors(tool.colours, mode, kAffectAllSelected);
         check();
+    });
+    EXPECT_TRUE(held);
+}
+
+/// Every vertex has some weight here; without any, the normalising smooth update gives no number until recoloured.
+TEST(StrategyProperty, ChangedBoneEndsAsAFullRecolouring)
+{
+    const bool held = rc::check("a changed bone ends as a full recolouring", [] {
+        EditingTool tool;
+        tool.character.AddBones(4);
+        ZModelPolymesh* const mesh = tool.character.AddMesh("Body", 5, *rc::gen::element(0, 2));
+        for (int vertex = 0; vertex < 5; ++vertex) {
+            TinyCharacter::Weight(mesh, vertex % 4, vertex, 0.25);
+            for (int link = 0; link < 4; ++link)
+                if (link != vertex % 4 && *rc::gen::arbitrary<bool>())
+                    TinyCharacter::Weight(mesh, link, vertex, *rc::gen::inRange(0, 5) * 0.25);
+        }
+        ZWeightUIModelData& data = tool.Admit(mesh);
+        data.normaliseOnRefresh = *rc::gen::inRange<std::uint8_t>(0, 2);
+        tool.RebuildBoneList();
+        const int mode = *rc::gen::inRange(0, 3);
+        data.ComputeColors(tool.colours, mode);
+        for (int change = *rc::gen::inRange(1, 6); change > 0; --change) {
+            const int bone = *rc::gen::inRange(0, 4);
+            float* const colour = &tool.colours[3 * bone];
+            const float old[3] = {colour[0], colour[1], colour[2]};
+            for (int channel = 0; channel < 3; ++channel)
+                colour[channel] = static_cast<float>(*rc::gen::inRange(0, 9)) / 8.0F;
+            data.BoneColorChanged(tool.colours, bone, mode, old[0], old[1], old[2]);
+        }
+        const std::vector<float> updated(data.vertexColours.begin(), data.vertexColours.end());
+        data.ComputeColors(tool.colours, mode);
+        for (size_t i = 0; i < updated.size(); ++i)
+            RC_ASSERT(std::abs(updated[i] - data.vertexColours[static_cast<int>(i)]) < 1e-5F);
     });
     EXPECT_TRUE(held);
 }

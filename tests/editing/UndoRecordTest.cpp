@@ -88,6 +88,28 @@ TEST_F(UndoRecord, SelectionOfAModelThatIsGoneStaysSilent)
     EXPECT_THAT(tool.calls, IsEmpty());
 }
 
+/// The states are kept for when the model is loaded again; no record of weights, no colour is looked at.
+TEST_F(UndoRecord, SelectionOfAModelThatIsNotLoadedTouchesItsStatesAlone)
+{
+    tool.Pick({0, 2}, kPickAdd);
+    data->SetModelSelected(false, nullptr);
+    tool.RebuildBoneList();
+    EXPECT_TRUE(stack.Undo());
+    EXPECT_TRUE(stack.Redo());
+    EXPECT_EQ(data->GetVertexState(2), 2);
+    EXPECT_THAT(tool.selection.vertexRows, IsEmpty());
+    EXPECT_TRUE(tool.selection.noActive);
+    tool.change.ApplyWeightChange(true, true, 70, 0);
+    std::vector<int> marks(3, 0);
+    data->MarkInfluencingBones(marks.data(), 3);
+    tool.RecolourActiveVertices();
+    EXPECT_THAT(marks, ElementsAre(0, 0, 0));
+    EXPECT_FALSE(data->IsLoaded());
+    EXPECT_THAT(Vertex(2), Are({0.5, 0.25, 0.25}));
+    tool.RebuildBoneList();
+    EXPECT_EQ(data->GetVertexState(2), 0);
+}
+
 TEST_F(UndoRecord, SelectionStepStaysWithinTwiceWhatChanged)
 {
     ZWeightingSelectionUndo record(&tool);
@@ -130,6 +152,22 @@ TEST_F(UndoRecord, CheckMarksOfModelsThatAreGoneStaySilent)
     tool.calls.clear();
     EXPECT_TRUE(stack.Undo());
     EXPECT_THAT(tool.calls, IsEmpty());
+}
+
+TEST_F(UndoRecord, CheckMarkOfTheModelThatIsLeftComesBack)
+{
+    ZWeightUIModelData& second = tool.Admit(tool.character.AddMesh("Second", 1));
+    stack.TransactionBegin("Tool Weighting Value Changed", false);
+    auto* const record = new ZWeightingModelSelectionUndo(&tool);
+    stack.TransactionAdd(record);
+    tool.SetModelSelected(data, false, record);
+    tool.SetModelSelected(&second, false, record);
+    stack.TransactionEnd(false, false);
+    tool.Remove(*data);
+    tool.calls.clear();
+    EXPECT_TRUE(stack.Undo());
+    EXPECT_EQ(second.modelSelected, 1);
+    EXPECT_THAT(tool.calls, ElementsAre("RefreshModelList"));
 }
 
 // Weights.
@@ -200,6 +238,55 @@ TEST_F(UndoRecord, WeightsOfAModelThatIsNotLoadedGoIntoItsSkin)
     EXPECT_THAT(Vertex(0), Are({0.5, 0.25, 0.25}));
     EXPECT_TRUE(stack.Redo());
     EXPECT_NEAR(Vertex(0)[1], 0.9, 1e-6);
+}
+
+TEST_F(UndoRecord, LinkThatAChangeAddedStaysWithWeightZero)
+{
+    ZModelPolymesh* const plain = tool.character.AddMesh("Plain", 1);
+    plain->GetSkin()->RemoveLink(2);
+    TinyCharacter::Weight(plain, 0, 0, 1.0);
+    tool.Admit(plain);
+    tool.RebuildBoneList();
+    tool.Pick({1, 0}, kPickAdd);
+    tool.change.ApplyWeightChange(true, true, 25, 2);
+    EXPECT_EQ(TinyCharacter::Weights(plain)[0], (std::vector<double>{0.75, 0, 0.25}));
+    EXPECT_TRUE(stack.Undo());
+    EXPECT_EQ(plain->GetSkin()->LinkCount(), 3);
+    EXPECT_EQ(TinyCharacter::WeightOf(plain, 2, 0), 0.0);
+    EXPECT_EQ(TinyCharacter::WeightOf(plain, 0, 0), 1.0);
+    EXPECT_TRUE(stack.Redo());
+    EXPECT_EQ(TinyCharacter::Weights(plain)[0], (std::vector<double>{0.75, 0, 0.25}));
+}
+
+/// The vertices were let go while the change was open, so that it never learned what they ended with.
+TEST_F(UndoRecord, ChangeWithoutAnAfterStateIsNotMadeAgainAsNothing)
+{
+    tool.Pick({0, 0}, kPickAdd);
+    tool.change.ApplyWeightChange(true, false, 90, 1);
+    tool.selection.ClearAllVertexLists();
+    tool.change.CloseOpenChange();
+    EXPECT_FALSE(stack.IsTransactionOpen());
+    EXPECT_TRUE(stack.Undo());
+    EXPECT_THAT(Vertex(0), Are({0.5, 0.25, 0.25}));
+    EXPECT_TRUE(stack.Redo());
+    EXPECT_THAT(Vertex(0), Are({0.5, 0.25, 0.25}));
+}
+
+TEST_F(UndoRecord, EntriesAreFreedBackToFront)
+{
+    struct Watched final : ZWeightingWeightChangeUndoEntry
+    {
+        Watched(int n, std::vector<int>& log) : number(n), freed(log) {}
+        ~Watched() override { freed.push_back(number); }
+        int number;
+        std::vector<int>& freed;
+    };
+    std::vector<int> freed;
+    auto* const record = new ZWeightingWeightChangeUndo(&tool);
+    for (const int number : {1, 2, 3})
+        record->entries.push_back(new Watched(number, freed));
+    record->Destroy();
+    EXPECT_THAT(freed, ElementsAre(3, 2, 1));
 }
 
 TEST_F(UndoRecord, OutlivesItsTool)

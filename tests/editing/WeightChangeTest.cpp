@@ -293,6 +293,9 @@ TEST_F(WeightChange, RecordThatIsNotItsOwnCountsAsMissing)
     EXPECT_FALSE(stack.IsTransactionOpen());
     EXPECT_TRUE(stack.Undo());
     EXPECT_THAT(Vertex(data, 0), Are({0.5, 0.3, 0.2}));
+    // What the change ended with was not asked for, and nothing is no spread to go forward to.
+    EXPECT_TRUE(stack.Redo());
+    EXPECT_THAT(Vertex(data, 0), Are({0.5, 0.3, 0.2}));
 }
 
 TEST_F(WeightChange, EmptiedStackClosesTheChange)
@@ -303,6 +306,41 @@ TEST_F(WeightChange, EmptiedStackClosesTheChange)
     tool.change.ApplyWeightChange(false, true, 60, 0);
     EXPECT_FALSE(tool.change.IsOpen());
     EXPECT_FALSE(stack.IsTransactionOpen());
+}
+
+/// Making a change again gives the first vertex's record, zeros included, to vertices whose skin has no entry for them.
+TEST_F(WeightChange, WeightRaisedAfterARedoIsNotLost)
+{
+    ZWeightUIModelData& data = Load({{0.6, 0.4, 0.0}, {0.3, 0.7, 0.0}});
+    tool.weightingMode = kAffectFirstSelected;
+    Type(50, 2); // the first vertex alone takes the third bone, and gives it back
+    Type(0, 2);
+    ASSERT_EQ(data.vertexInfluences[0]->GetCount(), 3);
+    ASSERT_EQ(data.vertexInfluences[1]->GetCount(), 2);
+    tool.weightingMode = kAffectAllSelected;
+    Type(80, 0);
+    stack.Undo();
+    stack.Redo();
+    ASSERT_EQ(data.vertexInfluences[1]->GetCount(), 3);
+
+    Type(30, 2);
+    for (const int vertex : {0, 1})
+        EXPECT_THAT(Vertex(data, vertex), Are({0.56, 0.14, 0.3})) << vertex;
+    stack.Undo();
+    EXPECT_THAT(Vertex(data, 1), Are({0.8, 0.2, 0.0}));
+}
+
+TEST_F(WeightChange, WeightOfTheSecondVertexRaisedAfterARedoIsNotLost)
+{
+    ZWeightUIModelData& data = Load({{0.6, 0.4, 0.0}, {0.3, 0.7, 0.0}});
+    tool.weightingMode = kAffectFirstSelected;
+    Type(50, 2); // made again, it goes to both, and the second vertex has no entry for the third bone
+    stack.Undo();
+    stack.Redo();
+    ASSERT_EQ(data.vertexInfluences[1]->GetCount(), 3);
+    EXPECT_FLOAT_EQ(data.vertexInfluences[1]->weights[2], 0.5F);
+    data.SetVertexBoneWeight(2, 1, 0.25);
+    EXPECT_NEAR(Vertex(data, 1)[2], 0.25, 1e-9);
 }
 
 TEST_F(WeightChange, EndsWithColoursAndSpread)

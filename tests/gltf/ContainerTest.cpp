@@ -221,15 +221,10 @@ TEST(File, ExtensionsThatDoNotConcernASkinMayBeRequired)
     GltfBuilder b = MakeValidCharacter();
     b.json["extensionsRequired"] = {"KHR_materials_unlit", "KHR_texture_transform", "KHR_mesh_quantization"};
     EXPECT_EQ(RefusalOf(b.Glb()), "");
-    b.json["extensionsRequired"] = {"KHR_draco_mesh_compression"};
-    EXPECT_THAT(RefusalOf(b.Glb()), HasSubstr("KHR_draco_mesh_compression"));
-}
-
-TEST(File, AMeshoptCompressedViewIsRefusedByTheNameOfTheExtension)
-{
-    GltfBuilder b = MakeValidCharacter();
-    b.json["bufferViews"][0]["extensions"]["EXT_meshopt_compression"] = {{"buffer", 0}};
-    EXPECT_THAT(RefusalOf(b.Glb()), HasSubstr("EXT_meshopt_compression"));
+    b.json["extensionsRequired"] = {"KHR_draco_mesh_compression", "EXT_meshopt_compression"};
+    EXPECT_EQ(RefusalOf(b.Glb()), "");
+    b.json["extensionsRequired"] = {"EXT_mesh_gpu_instancing"};
+    EXPECT_THAT(RefusalOf(b.Glb()), HasSubstr("needs the extension EXT_mesh_gpu_instancing"));
 }
 
 TEST(File, EveryWrongTypeOfAJsonValueIsASentence)

@@ -107,6 +107,9 @@ std::vector<std::uint8_t> GltfBuilder::Glb() const
 {
     Json whole = json;
     whole["buffers"] = Json::array({{{"byteLength", buffer.size()}}});
+    for (const Json& placeholder : json.value("buffers", Json::array())) {
+        whole["buffers"].push_back(placeholder);
+    }
     std::string text = whole.dump();
     text.resize((text.size() + 3) / 4 * 4, ' ');
     std::vector<std::uint8_t> bin = buffer;
@@ -225,7 +228,7 @@ std::vector<std::uint8_t> BytesOf(const std::string& text) { return {text.begin(
 
 TemporaryFolder::TemporaryFolder()
 {
-    std::string pattern = (std::filesystem::temp_directory_path() / ("skindesk-test-" + std::string(6, 'X'))).string();
+    std::string pattern = (std::filesystem::temp_directory_path() / "skindesk-test-XXXXXX").string();
     if (::mkdtemp(pattern.data()) == nullptr) {
         throw std::runtime_error("no temporary folder can be made");
     }

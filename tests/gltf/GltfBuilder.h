@@ -22,7 +22,7 @@ class GltfBuilder
 public:
     GltfBuilder();
 
-    Json json;
+    Json json; // "buffers", if there, are those of a GLB behind the first
     std::vector<std::uint8_t> buffer;
 
     // Adds the numbers as elements of `shape`, stored as `componentType`; returns the accessor's index.

@@ -85,7 +85,10 @@ TEST(NurbsSurface, WhatDoesNotFitTogetherIsRefusedWithBothNumbers)
                     Extension(b)["degree"] = {3, 1};
                 }),
                 HasSubstr("degree 3 needs at least 4 control points, there are 3"));
-    EXPECT_THAT(refusal([](auto& b) { Extension(b)["degree"] = {0, 1}; }), HasSubstr("degree is 0, at least 1"));
+    EXPECT_THAT(refusal([](auto& b) {
+                    Extension(b)["degree"] = {0, 1};
+                }),
+                HasSubstr("degree 0 is not read, 1 to 5 are"));
     EXPECT_THAT(refusal([](auto& b) {
                     Extension(b)["grid"] = {4, 2};
                 }),
@@ -104,6 +107,65 @@ TEST(NurbsSurface, WhatDoesNotFitTogetherIsRefusedWithBothNumbers)
     EXPECT_THAT(refusal([](auto& b) { Extension(b)["count"] = {2147483648.0, 2}; }), HasSubstr("count is 2147483648"));
     EXPECT_THAT(refusal([](auto& b) { b.json["meshes"][0]["primitives"] = Json::array(); }), HasSubstr("no primitive"));
     EXPECT_EQ(refusal([](auto&) {}), "");
+}
+
+// A surface of this degree by 1 with the fewest control points.
+GltfBuilder MakeSurfaceOfDegree(int degree)
+{
+    GltfBuilder b = MakeValidCharacter();
+    std::vector<double> points;
+    std::vector<double> weights;
+    for (int i = 0; i < 2 * (degree + 1); ++i) {
+        points.insert(points.end(), {double(i % (degree + 1)), double(i / (degree + 1)), 0});
+        weights.insert(weights.end(), {1, 0, 0, 0});
+    }
+    Json knots = Json::array();
+    for (int i = 0; i < 2 * (degree + 1); ++i) {
+        knots.push_back(i > degree ? 1 : 0);
+    }
+    b.Primitive()["attributes"] = {{"POSITION", b.AddAccessor("VEC3", 5126, {0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 0})}};
+    b.Primitive()["indices"] = b.AddAccessor("SCALAR", 5121, {0, 1, 3, 0, 3, 2});
+    b.json["extensionsUsed"] = {"TW_nurbs_surface"};
+    Extension(b) = {{"degree", {degree, 1}},
+                    {"count", {degree + 1, 2}},
+                    {"knots", {knots, {0, 0, 1, 1}}},
+                    {"grid", {2, 2}},
+                    {"attributes",
+                     {{"POSITION", b.AddAccessor("VEC3", 5126, points)},
+                      {"JOINTS_0", b.AddAccessor("VEC4", 5121, std::vector<double>(points.size() / 3 * 4, 0))},
+                      {"WEIGHTS_0", b.AddAccessor("VEC4", 5126, weights)}}}};
+    return b;
+}
+
+TEST(NurbsDegree, OneToFiveAreRead)
+{
+    for (int degree = 1; degree <= 5; ++degree) {
+        const CharacterFile file = MakeSurfaceOfDegree(degree).Read();
+        EXPECT_EQ(file.meshes[0].nurbs->degree[0], degree);
+        EXPECT_EQ(file.meshes[0].VertexCount(), static_cast<std::size_t>(2 * (degree + 1)));
+    }
+}
+
+TEST(NurbsDegree, EveryOtherValueIsRefusedInASentence)
+{
+    for (const int degree : {6, 7, 30}) {
+        EXPECT_EQ(RefusalOf(MakeSurfaceOfDegree(degree).Glb()),
+                  "tiny.glb: /meshes/0/extensions/TW_nurbs_surface/degree: degree " + std::to_string(degree) +
+                      " is not read, 1 to 5 are");
+    }
+    for (const Json& value : {Json(0), Json(-1), Json(1.5), Json("2"), Json(nullptr), Json(1e300), Json(true),
+                              Json::array({1}), Json::object(), Json(4294967297.0)}) {
+        for (const std::size_t direction : {0u, 1u}) {
+            GltfBuilder b = MakeSurface();
+            Extension(b)["degree"][direction] = value;
+            EXPECT_THAT(RefusalOf(b.Glb()), HasSubstr("/meshes/0/extensions/TW_nurbs_surface/degree")) << value;
+        }
+    }
+    for (const Json& value : {Json(2), Json::array(), Json::array({2}), Json::array({2, 1, 1}), Json("21")}) {
+        GltfBuilder b = MakeSurface();
+        Extension(b)["degree"] = value;
+        EXPECT_THAT(RefusalOf(b.Glb()), HasSubstr("/meshes/0/extensions/TW_nurbs_surface/degree")) << value;
+    }
 }
 
 TEST(NurbsSurface, AnEditOfAControlPointIsSeenInTheStandInByTheBasis)
@@ -200,6 +262,73 @@ TEST_F(ClosedSurface, TyingGivesTheLaterOneTheEarlierOnesWeights)
     EXPECT_EQ(report.verticesChanged, 2u);
     EXPECT_THAT(RowOf(gltf::ReadCharacter(m_folder / "a.glb").meshes[0].influences, 2), ElementsAre(Pair(1, 1.0)));
     EXPECT_THAT(RowOf(gltf::ReadCharacter(m_folder / "a.glb").meshes[0].influences, 5), ElementsAre(Pair(0, 1.0)));
+}
+
+TEST_F(ClosedSurface, EqualWeightsAtTheSeamAreNoReasonForAWarning)
+{
+    SetRow(m_edits.models[0], 2, {{1, 1.0}});
+    EXPECT_THAT(gltf::WriteCharacter(m_file, m_edits, {}, m_folder / "a.glb").warnings, IsEmpty());
+}
+
+TEST_F(ClosedSurface, UnequalWeightsOfTheFileItselfAreReportedAndStayUnlessTied)
+{
+    static_cast<void>(gltf::WriteCharacter(m_file, m_edits, {}, m_folder / "a.glb"));
+    const CharacterFile opened = gltf::ReadCharacter(m_folder / "a.glb");
+    const gltf::SaveReport untouched = gltf::WriteCharacter(opened, {}, {}, m_folder / "b.glb");
+    EXPECT_THAT(untouched.warnings, ElementsAre(HasSubstr("1 control point lies at the place of another")));
+    EXPECT_EQ(ReadBytes(m_folder / "a.glb"), ReadBytes(m_folder / "b.glb"));
+    gltf::SaveOptions options;
+    options.tieSeams = true;
+    const gltf::SaveReport tied = gltf::WriteCharacter(opened, {}, options, m_folder / "c.glb");
+    EXPECT_EQ(tied.verticesChanged, 1u);
+    EXPECT_THAT(tied.warnings, ElementsAre(HasSubstr("the weights of the first were taken")));
+    const CharacterFile read = gltf::ReadCharacter(m_folder / "c.glb");
+    EXPECT_EQ(RowOf(read.meshes[0].influences, 2), RowOf(read.meshes[0].influences, 0));
+}
+
+TEST_F(ClosedSurface, TheStandInFollowsTheTiedPoints)
+{
+    gltf::SaveOptions options;
+    options.tieSeams = true;
+    static_cast<void>(gltf::WriteCharacter(m_file, m_edits, options, m_folder / "a.glb"));
+    const RawGltf raw = ReadRawGltf(m_folder / "a.glb");
+    const auto& attributes = raw.json["meshes"][0]["primitives"][0]["attributes"];
+    // Both ends of the lower row show the point's one joint.
+    EXPECT_EQ(DecodeRaw(raw, attributes["JOINTS_0"])[2][0], 1);
+    EXPECT_EQ(DecodeRaw(raw, attributes["JOINTS_0"])[0][0], 1);
+    EXPECT_EQ(DecodeRaw(raw, attributes["WEIGHTS_0"])[2][0], 1);
+}
+
+// A surface of degree 2 that is periodic in U: its last two columns lie where its first two do, without full knots.
+TEST(PeriodicSurface, EachRepeatedPointIsTiedToTheFirstAtItsPlace)
+{
+    GltfBuilder b = MakeSurface();
+    std::vector<double> points;
+    std::vector<double> weights;
+    for (int v = 0; v < 2; ++v) {
+        for (int u = 0; u < 5; ++u) {
+            points.insert(points.end(), {double(u % 3), double(v), double(u % 3 == 1)});
+            weights.insert(weights.end(), {1, 0, 0, 0});
+        }
+    }
+    Extension(b)["count"] = {5, 2};
+    Extension(b)["knots"][0] = {0, 1, 2, 3, 4, 5, 6, 7};
+    Extension(b)["attributes"] = {{"POSITION", b.AddAccessor("VEC3", 5126, points)},
+                                  {"JOINTS_0", b.AddAccessor("VEC4", 5121, std::vector<double>(40, 0))},
+                                  {"WEIGHTS_0", b.AddAccessor("VEC4", 5126, weights)}};
+    const CharacterFile file = b.Read();
+    CharacterEdits edits{{WeightsOf(file, 0)}, {}};
+    SetRow(edits.models[0], 1, {{0, 0.5}, {1, 0.5}});
+    SetRow(edits.models[0], 8, {{1, 1.0}}); // a later one alone: the first at its place has the say
+    const TemporaryFolder folder;
+    EXPECT_THAT(gltf::WriteCharacter(file, edits, {}, folder / "a.glb").warnings,
+                ElementsAre(HasSubstr("2 control points lie at the place of another")));
+    gltf::SaveOptions options;
+    options.tieSeams = true;
+    static_cast<void>(gltf::WriteCharacter(file, edits, options, folder / "b.glb"));
+    const CharacterFile read = gltf::ReadCharacter(folder / "b.glb");
+    EXPECT_THAT(RowOf(read.meshes[0].influences, 4), ElementsAre(Pair(0, 0.5), Pair(1, 0.5)));
+    EXPECT_THAT(RowOf(read.meshes[0].influences, 8), ElementsAre(Pair(0, 1.0)));
 }
 
 RC_GTEST_PROP(NurbsBasis, IsNowhereNegativeAndAddsUpToOne, ())

@@ -138,17 +138,6 @@ TEST(BrokenFiles, EveryFileOfTheFolderHasAVerdict)
     EXPECT_EQ(judged, there);
 }
 
-TEST(BrokenFiles, ACompressedMeshIsRefusedByTheNameOfItsExtension)
-{
-    try {
-        static_cast<void>(gltf::ReadCharacter(DataPath("skinned/fox_compressed.glb")));
-        FAIL() << "was taken";
-    } catch (const gltf::FileError& error) {
-        EXPECT_THAT(error.what(), testing::HasSubstr("KHR_draco_mesh_compression"));
-        EXPECT_EQ(error.where(), "/extensionsRequired/0");
-    }
-}
-
 class Character : public testing::TestWithParam<std::string>
 {
 protected:

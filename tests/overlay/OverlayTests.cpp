@@ -36,9 +36,17 @@ public:
         withViewer = viewer != nullptr;
         matrix = GlRecorder::Matrix(GL_MODELVIEW);
         depth = GlRecorder::StackDepth(GL_MODELVIEW);
+        if (!messy)
+            return;
+        glLineWidth(5);
+        glPointSize(9);
+        glDepthMask(GL_FALSE);
+        glPolygonMode(GL_FRONT_AND_BACK, GL_LINE);
+        glEnable(GL_CULL_FACE);
     }
 
     int own = -1;
+    bool messy = false;
     int drawn = 0;
     bool withViewer = false;
     ZgeMatrix matrix;
@@ -73,6 +81,11 @@ protected:
     void Draw()
     {
         GlRecorder::Clear();
+        DrawOnTop();
+    }
+    /// Draws in the state that is there.
+    void DrawOnTop()
+    {
         ZManipulatorDraw draw;
         draw.viewer = &viewer;
         draw.camera = &viewer.GetCamera();
@@ -108,6 +121,40 @@ TEST_F(OverlayTest, StacksAreBalancedAndStateIsLeftAsFound)
     EXPECT_FALSE(GlRecorder::IsEnabled(GL_BLEND));
     EXPECT_FALSE(GlRecorder::IsEnabled(GL_DEPTH_TEST));
     EXPECT_EQ(GlRecorder::PointSize(), 1);
+}
+
+TEST_F(OverlayTest, TheHostsStateIsGivenBackWhateverItWas)
+{
+    tool.selectedBones.Add(0);
+    data->SetVertexState(1, 2);
+    GlRecorder::Clear();
+    glEnable(GL_DEPTH_TEST);
+    glEnable(GL_BLEND);
+    glEnable(GL_CULL_FACE);
+    glBlendFunc(GL_ONE, GL_ONE);
+    glDepthMask(GL_FALSE);
+    glPointSize(7);
+    glLineWidth(3);
+    glColor4f(0.5F, 0.25F, 0.75F, 0.5F);
+    glPolygonMode(GL_FRONT_AND_BACK, GL_LINE);
+    glViewport(1, 2, 3, 4);
+    glMatrixMode(GL_PROJECTION);
+    const GlState before = GlRecorder::State();
+    DrawOnTop();
+    EXPECT_EQ(GlRecorder::State(), before);
+    EXPECT_EQ(GlRecorder::StackDepth(GL_MODELVIEW), 0);
+    EXPECT_EQ(GlRecorder::StackDepth(GL_PROJECTION), 0);
+    EXPECT_EQ(GlRecorder::AttributeDepth(), 0);
+}
+
+TEST_F(OverlayTest, WhatABonesOwnDrawingLeavesIsGivenBack)
+{
+    tool.selectedBones.Add(0);
+    bone->messy = true;
+    GlRecorder::Clear();
+    const GlState before = GlRecorder::State();
+    DrawOnTop();
+    EXPECT_EQ(GlRecorder::State(), before);
 }
 
 TEST_F(OverlayTest, EveryVertexIsAPointInItsOwnColour)

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The skinning tool's library as the host meets it: a file with two functions, a stamp and a typed list.
+#include "LoadedLibrary.h"
+
 #include "bcore/ZPluginApi.h"
 #include "bcore/ZSession.h"
-#include "object/ZCatalogue.h"
 #include "object/ZUndoStack.h"
 #include "zconstraints/ZEvaluateManager.h"
 #include "zdesktop/ZDragAndDrop.h"
@@ -10,10 +11,7 @@
 #include "zmodel/ZGeometryModels.h"
 #include "ztoolkit/ZtListBox.h"
 
-#include <dlfcn.h>
 #include <gmock/gmock.h>
-
-#include <algorithm>
 
 namespace {
 
@@ -22,37 +20,6 @@ using testing::IsEmpty;
 
 constexpr const char* kClasses[] = {"ZCharacterWeightingConstraint", "ZCharacterWeightingManipulator",
                                     "ZWeightUIModelData"};
-
-int SkinEntries()
-{
-    const auto& catalogue = Object_GetCatalogue();
-    return static_cast<int>(std::count_if(catalogue.begin(), catalogue.end(), [](const ZCatalogueEntry& entry) {
-        return entry.path == "UI/Tools" && entry.name == "Skins";
-    }));
-}
-
-/// The library as the loader sees it, without a session.
-class Library
-{
-public:
-    Library() : m_handle(dlopen(TOOLWEIGHTING_LIBRARY, RTLD_NOW | RTLD_LOCAL)) {}
-    ~Library()
-    {
-        if (m_handle != nullptr)
-            dlclose(m_handle);
-        Object_Withdraw("UI/Tools", "Skins");
-    }
-    Library(const Library&) = delete;
-    Library& operator=(const Library&) = delete;
-    bool IsOpen() const { return m_handle != nullptr; }
-    template <class Function> Function Find(const char* name) const
-    {
-        return reinterpret_cast<Function>(dlsym(m_handle, name));
-    }
-
-private:
-    void* m_handle;
-};
 
 class PluginSession : public testing::Test
 {
@@ -98,7 +65,7 @@ TEST(Plugin, LoadingAloneMakesClassesAndTheCatalogueEntryKnown)
     for (const char* const name : kClasses)
         EXPECT_EQ(ZClassDefinition::FindByName(name), nullptr) << name;
     {
-        const Library library;
+        const LoadedLibrary library;
         ASSERT_TRUE(library.IsOpen()) << dlerror();
         EXPECT_EQ(SkinEntries(), 1); // nobody called the entry point yet
         for (const char* const name : kClasses) {
@@ -128,7 +95,7 @@ TEST(Plugin, LoadingAloneMakesClassesAndTheCatalogueEntryKnown)
 TEST(Plugin, EntryPointDoesNothingForAnyOperationButLoading)
 {
     const ZSession session{ZSession::Options()};
-    const Library library;
+    const LoadedLibrary library;
     const auto entryPoint = library.Find<ZPluginEntryPoint>("EntryPointtoolweighting");
     ASSERT_NE(entryPoint, nullptr);
     ASSERT_TRUE(Object_Withdraw("UI/Tools", "Skins"));
@@ -146,7 +113,7 @@ TEST(Plugin, EntryPointDoesNothingForAnyOperationButLoading)
 TEST(Plugin, IsReadyBeforeTheEntryPointWasCalled)
 {
     const ZSession session{ZSession::Options()};
-    const Library library;
+    const LoadedLibrary library;
     const auto ready = library.Find<ZPluginInit>("LIBRARY_INIT");
     ASSERT_NE(ready, nullptr);
     EXPECT_TRUE(ready());
@@ -155,7 +122,7 @@ TEST(Plugin, IsReadyBeforeTheEntryPointWasCalled)
 TEST(Plugin, TwoFactoryCallsGiveTwoTools)
 {
     const ZSession session{ZSession::Options()};
-    const Library library;
+    const LoadedLibrary library;
     const ZObjectFactory factory = Object_GetCatalogue().back().factory;
     ZTool* const one = Object_Cast<ZTool>(factory(nullptr, "ignored", nullptr));
     ZTool* const two = Object_Cast<ZTool>(factory(nullptr, nullptr, nullptr));
@@ -179,7 +146,7 @@ TEST(Plugin, TwoFactoryCallsGiveTwoTools)
 TEST(Plugin, ExportsTheListAndNothingOfTheTool)
 {
     const ZSession session{ZSession::Options()};
-    const Library library;
+    const LoadedLibrary library;
     for (const char* const name :
          {"_ZN22ZWeightUIModelDataListC1Ev", "_ZN22ZWeightUIModelDataListC1ERKS_", "_ZN22ZWeightUIModelDataListC1EOS_",
           "_ZN22ZWeightUIModelDataListD1Ev", "_ZN22ZWeightUIModelDataListaSERKS_", "_ZN22ZWeightUIModelDataListaSEOS_",

@@ -255,6 +255,7 @@ def test_a_name_of_two_animations_raises(desk, open_character):
 
 
 def test_everything_has_a_docstring():
+    assert skindesk.__doc__
     for name in skindesk.__all__:
         thing = getattr(skindesk, name)
         assert thing.__doc__, name
@@ -280,6 +281,28 @@ def test_the_stub_names_everything_that_there_is():
         if inspect.isclass(thing) and not issubclass(thing, (Exception, tuple)):
             public = {member for member in vars(thing) if not member.startswith("_")}
             assert public == {member for member in classes[name] if not member.startswith("_")}, name
+
+
+def test_the_stubs_parameters_are_the_modules():
+    import ast
+    import re
+    from pathlib import Path
+    stub = ast.parse(Path(skindesk.__file__).with_suffix(".pyi").read_text())
+    compared = 0
+    for node in stub.body:
+        for item in node.body if isinstance(node, ast.ClassDef) and node.name in skindesk.__all__ else ():
+            docs = getattr(vars(getattr(skindesk, node.name)).get(item.name), "__doc__") or "" \
+                if isinstance(item, ast.FunctionDef) and not item.name.startswith("_") else ""
+            signature = re.match(r"\w+\((.*)\) -> ", docs)
+            if signature is None:
+                continue  # a property
+            arguments = item.args.posonlyargs + item.args.args + item.args.kwonlyargs
+            told = re.findall(r"(\w+): [^,=]+(= )?", signature[1])
+            assert [argument.arg for argument in arguments] == [name for name, _ in told], f"{node.name}.{item.name}"
+            defaults = len(item.args.defaults) + sum(default is not None for default in item.args.kw_defaults)
+            assert defaults == sum(bool(default) for _, default in told), f"{node.name}.{item.name}"
+            compared += 1
+    assert compared > 30
 
 
 def test_a_desk_left_open_ends_with_the_interpreter(tmp_path):

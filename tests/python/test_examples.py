@@ -1,8 +1,10 @@
 # SPDX-License-Identifier: MIT
 """The examples do what their first lines say."""
 import os
+import struct
 import subprocess
 import sys
+import zlib
 from pathlib import Path
 
 import numpy as np
@@ -74,15 +76,42 @@ def test_copy_weights_says_what_is_wrong(tmp_path):
     assert run("copy_weights.py")[0] == 2
 
 
-def test_recolour_bone_leaves_a_picture(tmp_path):
+def pixels_of(picture):
+    """The pixels of a PNG whose rows are not filtered, height x width x 3."""
+    data = picture.read_bytes()
+    assert data.startswith(b"\x89PNG")
+    width, height = struct.unpack(">II", data[16:24])
+    packed, at = b"", 8
+    while at < len(data):
+        length, = struct.unpack(">I", data[at:at + 4])
+        packed += data[at + 8:at + 8 + length] * (data[at + 4:at + 8] == b"IDAT")
+        at += 12 + length
+    rows = np.frombuffer(zlib.decompress(packed), np.uint8).reshape(height, 1 + 3 * width)
+    assert not rows[:, 0].any()
+    return rows[:, 1:].reshape(height, width, 3).astype(int)
+
+
+def coloured(pixels, component):
+    """How many pixels are of this pure colour, light or dark."""
+    others = np.delete(pixels, component, axis=2)
+    return int(((pixels[:, :, component] > 150) & (others < 60).all(axis=2)).sum())
+
+
+def test_recolour_bone_leaves_a_picture_in_which_the_bone_has_its_colour(tmp_path):
     path = write_character(tmp_path / "strip.gltf")
-    picture = tmp_path / "tip.png"
-    status, output, errors = run("recolour_bone.py", path, "Tip", picture, 0, 1, 0)
+    green, blue = tmp_path / "green.png", tmp_path / "blue.png"
+    status, output, errors = run("recolour_bone.py", path, "Tip", green, 0, 1, 0)
     if "no picture can be drawn" in errors:  # without OpenGL the sentence is what is left to test
-        assert status == 1 and not picture.exists()
+        assert status == 1 and not green.exists()
         return
     assert (status, errors) == (0, "")
-    assert picture.read_bytes().startswith(b"\x89PNG")
+    assert output == f"{green}: Tip of Body\n"
+    assert run("recolour_bone.py", path, "Tip", blue, 0, 0, 1)[0] == 0
+    pictures = pixels_of(green), pixels_of(blue)
+    assert pictures[0].shape == pictures[1].shape == (600, 800, 3)
+    for picture, own, other in ((pictures[0], 1, 2), (pictures[1], 2, 1)):
+        assert coloured(picture, own) > 100  # the vertices that only this bone pulls
+        assert coloured(picture, other) == 0
 
 
 def test_recolour_bone_names_the_bones_that_there_are(tmp_path):

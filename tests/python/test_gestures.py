@@ -250,8 +250,8 @@ def consistent(walk):
 
 
 def test_a_random_walk_over_all_controls_ends_consistent(desk, tmp_path):
-    """Every control, drops, deletions, undo and redo, in any order."""
-    seed = int(os.environ.get("SKINDESK_WALK_SEED", 20261121))  # the same walk for everybody
+    """Every control, drops, deletions, undo and redo, in any order; every run another walk, unless told which."""
+    seed = int(os.environ.get("SKINDESK_WALK_SEED", random.SystemRandom().getrandbits(32)))
     print("seed", seed)
     walk = Walk(desk, write_character(tmp_path / "strip.gltf", Spoiled(names=("Body", "Hat"))), seed)
     for step in range(20_000):

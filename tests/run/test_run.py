@@ -17,8 +17,12 @@ from glb_reader import Glb  # noqa: E402
 FIGURE = TOP / "samples" / "figure.glb"
 
 
-def run(*arguments, folder=TOP):
+PLUGIN = TOP / "build" / "lib" / "skindesk" / "plugins" / "libtoolweighting.so"
+
+
+def run(*arguments, folder=TOP, **variables):
     environment = {key: value for key, value in os.environ.items() if key not in ("DISPLAY", "WAYLAND_DISPLAY")}
+    environment.update(variables)
     return subprocess.run([str(TOP / "run"), *map(str, arguments)], cwd=folder, env=environment, text=True,
                           capture_output=True, timeout=600)
 
@@ -66,6 +70,28 @@ def test_a_folder_is_no_file(tmp_path):
 def test_a_file_that_is_no_character_is_one_line(tmp_path, name, content):
     (tmp_path / name).write_bytes(content)
     assert_refused(run("--out", tmp_path / "out", tmp_path / name), name, tmp_path / "out")
+
+
+def another_library(path):
+    """A shared library of this machine that is no plug-in of ours."""
+    source = path.with_suffix(".c")
+    source.write_text("int answer(void) { return 42; }\n")
+    subprocess.run(["g++", "-shared", "-fPIC", "-o", str(path), "-x", "c", str(source)], check=True)
+
+
+@pytest.mark.parametrize("spoil, said", [
+    (lambda path: path.write_text("Dear animator,\nthis is a letter.\n"), "is no shared library"),
+    (lambda path: path.write_bytes(b""), "is empty"),
+    (lambda path: path.write_bytes(PLUGIN.read_bytes()[:20000]), "is cut short"),
+    (another_library, "has no entry point"),
+], ids=["text", "empty", "cut short", "without entry point"])
+def test_a_plugin_that_is_none_is_one_line(tmp_path, spoil, said):
+    folder = tmp_path / "plugins"
+    folder.mkdir()
+    spoil(folder / "libtoolweighting.so")
+    result = run("--first-edit", "--out", tmp_path / "out", SKINDESK_PLUGINS=str(folder))
+    assert_refused(result, said, tmp_path / "out")
+    assert "libtoolweighting.so" in result.stderr
 
 
 def test_the_first_edit_repairs_the_mistake(tmp_path):

@@ -5,7 +5,6 @@
 
 #include <initializer_list>
 #include <map>
-#include <set>
 
 namespace {
 struct MatrixStack
@@ -14,39 +13,35 @@ struct MatrixStack
     std::vector<ZgeMatrix> below;
 };
 
-/// What glPushAttrib saves of what is followed here.
+/// What glPushAttrib saves.
 struct Attributes
 {
     GLbitfield mask = 0;
-    std::set<GLenum> enabled;
-    GLenum matrixMode = GL_MODELVIEW;
-    double pointSize = 1;
-    std::vector<double> colour;
+    GlState state;
 };
 
-struct State
+struct Recording
 {
     std::vector<GlCall> calls;
     std::vector<Attributes> saved;
     std::vector<GlBatch> batches;
     std::vector<std::string> mistakes;
     std::map<GLenum, MatrixStack> stacks;
-    std::set<GLenum> enabled;
-    GLenum matrixMode = GL_MODELVIEW;
-    double pointSize = 1;
-    double colour[4] = {1, 1, 1, 1};
+    GlState now;
     bool inBatch = false;
 
-    MatrixStack& Stack() { return stacks[matrixMode]; }
+    MatrixStack& Stack() { return stacks[now.matrixMode]; }
 };
 
-State& TheState()
+Recording& TheRecording()
 {
-    static State& state = *new State;
-    return state;
+    static Recording& recording = *new Recording;
+    return recording;
 }
 
-void Note(const char* name, std::vector<double> args) { TheState().calls.push_back({name, std::move(args)}); }
+GlState& Now() { return TheRecording().now; }
+
+void Note(const char* name, std::vector<double> args) { TheRecording().calls.push_back({name, std::move(args)}); }
 
 template <class Number> std::vector<double> Numbers(const Number* values, int count)
 {
@@ -56,21 +51,21 @@ template <class Number> std::vector<double> Numbers(const Number* values, int co
 /// A call that is not allowed between glBegin and glEnd.
 void NoteOutside(const char* name, std::vector<double> args)
 {
-    if (TheState().inBatch)
-        TheState().mistakes.push_back(std::string(name) + " between glBegin and glEnd");
+    if (TheRecording().inBatch)
+        TheRecording().mistakes.push_back(std::string(name) + " between glBegin and glEnd");
     Note(name, std::move(args));
 }
 
 template <class Number> void SetColour(const Number* parts, int count)
 {
-    double* const colour = TheState().colour;
+    std::array<double, 4>& colour = Now().colour;
     for (int i = 0; i < 4; ++i)
-        colour[i] = i < count ? static_cast<double>(parts[i]) : 1.0;
+        colour[static_cast<size_t>(i)] = i < count ? static_cast<double>(parts[i]) : 1.0;
 }
 
 template <class Number> void AddVertex(const Number* place, int count)
 {
-    State& state = TheState();
+    Recording& state = TheRecording();
     if (!state.inBatch) {
         state.mistakes.push_back("a vertex outside glBegin and glEnd");
         return;
@@ -79,7 +74,7 @@ template <class Number> void AddVertex(const Number* place, int count)
     for (int i = 0; i < count; ++i)
         vertex.place[i] = static_cast<double>(place[i]);
     for (int i = 0; i < 4; ++i)
-        vertex.colour[i] = state.colour[i];
+        vertex.colour[i] = state.now.colour[static_cast<size_t>(i)];
     state.batches.back().vertices.push_back(vertex);
 }
 
@@ -91,18 +86,62 @@ template <class Number> ZgeMatrix ToMatrix(const Number* numbers)
     return matrix;
 }
 
-void Multiply(const ZgeMatrix& matrix) { TheState().Stack().top = matrix * TheState().Stack().top; }
+void GiveBackFeature(const GlState& saved, GLenum feature)
+{
+    if (saved.enabled.count(feature) != 0)
+        Now().enabled.insert(feature);
+    else
+        Now().enabled.erase(feature);
+}
+
+/// What glPopAttrib does for each group of the mask.
+void GiveBack(GLbitfield mask, const GlState& saved)
+{
+    GlState& now = Now();
+    if ((mask & GL_ENABLE_BIT) != 0)
+        now.enabled = saved.enabled;
+    if ((mask & GL_TRANSFORM_BIT) != 0)
+        now.matrixMode = saved.matrixMode;
+    if ((mask & GL_POINT_BIT) != 0)
+        now.pointSize = saved.pointSize;
+    if ((mask & GL_LINE_BIT) != 0)
+        now.lineWidth = saved.lineWidth;
+    if ((mask & GL_CURRENT_BIT) != 0)
+        now.colour = saved.colour;
+    if ((mask & GL_POLYGON_BIT) != 0)
+        now.polygonMode = saved.polygonMode;
+    if ((mask & GL_LIGHTING_BIT) != 0)
+        now.shadeModel = saved.shadeModel;
+    if ((mask & GL_VIEWPORT_BIT) != 0)
+        now.viewport = saved.viewport;
+    if ((mask & GL_COLOR_BUFFER_BIT) != 0) {
+        now.blend = saved.blend;
+        GiveBackFeature(saved, GL_BLEND);
+    }
+    if ((mask & GL_DEPTH_BUFFER_BIT) != 0) {
+        now.depthMask = saved.depthMask;
+        now.depthFunction = saved.depthFunction;
+        GiveBackFeature(saved, GL_DEPTH_TEST);
+    }
+}
+
+void Multiply(const ZgeMatrix& matrix) { TheRecording().Stack().top = matrix * TheRecording().Stack().top; }
 } // namespace
 
-void GlRecorder::Clear() { TheState() = State(); }
-const std::vector<GlCall>& GlRecorder::Calls() { return TheState().calls; }
-const std::vector<GlBatch>& GlRecorder::Batches() { return TheState().batches; }
-const std::vector<std::string>& GlRecorder::Mistakes() { return TheState().mistakes; }
-int GlRecorder::StackDepth(unsigned matrixMode) { return static_cast<int>(TheState().stacks[matrixMode].below.size()); }
-const ZgeMatrix& GlRecorder::Matrix(unsigned matrixMode) { return TheState().stacks[matrixMode].top; }
-unsigned GlRecorder::MatrixMode() { return TheState().matrixMode; }
-bool GlRecorder::IsEnabled(unsigned feature) { return TheState().enabled.count(feature) != 0; }
-double GlRecorder::PointSize() { return TheState().pointSize; }
+void GlRecorder::Clear() { TheRecording() = Recording(); }
+const std::vector<GlCall>& GlRecorder::Calls() { return TheRecording().calls; }
+const std::vector<GlBatch>& GlRecorder::Batches() { return TheRecording().batches; }
+const std::vector<std::string>& GlRecorder::Mistakes() { return TheRecording().mistakes; }
+int GlRecorder::StackDepth(unsigned matrixMode)
+{
+    return static_cast<int>(TheRecording().stacks[matrixMode].below.size());
+}
+const ZgeMatrix& GlRecorder::Matrix(unsigned matrixMode) { return TheRecording().stacks[matrixMode].top; }
+unsigned GlRecorder::MatrixMode() { return Now().matrixMode; }
+bool GlRecorder::IsEnabled(unsigned feature) { return Now().enabled.count(feature) != 0; }
+double GlRecorder::PointSize() { return Now().pointSize; }
+const GlState& GlRecorder::State() { return Now(); }
+int GlRecorder::AttributeDepth() { return static_cast<int>(TheRecording().saved.size()); }
 
 std::vector<std::string> GlRecorder::Names()
 {
@@ -118,13 +157,13 @@ extern "C" {
 void glBegin(GLenum mode)
 {
     NoteOutside("glBegin", {static_cast<double>(mode)});
-    State& state = TheState();
+    Recording& state = TheRecording();
     state.inBatch = true;
     GlBatch batch;
     batch.mode = mode;
-    batch.pointSize = state.pointSize;
-    batch.blend = state.enabled.count(GL_BLEND) != 0;
-    batch.depthTest = state.enabled.count(GL_DEPTH_TEST) != 0;
+    batch.pointSize = state.now.pointSize;
+    batch.blend = state.now.enabled.count(GL_BLEND) != 0;
+    batch.depthTest = state.now.enabled.count(GL_DEPTH_TEST) != 0;
     batch.projection = state.stacks[GL_PROJECTION].top;
     batch.modelview = state.stacks[GL_MODELVIEW].top;
     state.batches.push_back(batch);
@@ -132,9 +171,9 @@ void glBegin(GLenum mode)
 
 void glEnd(void)
 {
-    if (!TheState().inBatch)
-        TheState().mistakes.push_back("glEnd without glBegin");
-    TheState().inBatch = false;
+    if (!TheRecording().inBatch)
+        TheRecording().mistakes.push_back("glEnd without glBegin");
+    TheRecording().inBatch = false;
     Note("glEnd", {});
 }
 
@@ -202,22 +241,22 @@ void glNormal3f(GLfloat x, GLfloat y, GLfloat z) { Note("glNormal3f", {x, y, z})
 void glMatrixMode(GLenum mode)
 {
     NoteOutside("glMatrixMode", {static_cast<double>(mode)});
-    TheState().matrixMode = mode;
+    Now().matrixMode = mode;
 }
 
 void glPushMatrix(void)
 {
     NoteOutside("glPushMatrix", {});
-    MatrixStack& stack = TheState().Stack();
+    MatrixStack& stack = TheRecording().Stack();
     stack.below.push_back(stack.top);
 }
 
 void glPopMatrix(void)
 {
     NoteOutside("glPopMatrix", {});
-    MatrixStack& stack = TheState().Stack();
+    MatrixStack& stack = TheRecording().Stack();
     if (stack.below.empty()) {
-        TheState().mistakes.push_back("glPopMatrix of an empty stack");
+        TheRecording().mistakes.push_back("glPopMatrix of an empty stack");
         return;
     }
     stack.top = stack.below.back();
@@ -227,19 +266,19 @@ void glPopMatrix(void)
 void glLoadIdentity(void)
 {
     NoteOutside("glLoadIdentity", {});
-    TheState().Stack().top = ZgeMatrix();
+    TheRecording().Stack().top = ZgeMatrix();
 }
 
 void glLoadMatrixd(const GLdouble* matrix)
 {
     NoteOutside("glLoadMatrixd", Numbers(matrix, 16));
-    TheState().Stack().top = ToMatrix(matrix);
+    TheRecording().Stack().top = ToMatrix(matrix);
 }
 
 void glLoadMatrixf(const GLfloat* matrix)
 {
     NoteOutside("glLoadMatrixf", Numbers(matrix, 16));
-    TheState().Stack().top = ToMatrix(matrix);
+    TheRecording().Stack().top = ToMatrix(matrix);
 }
 
 void glMultMatrixd(const GLdouble* matrix)
@@ -281,61 +320,84 @@ void glScalef(GLfloat x, GLfloat y, GLfloat z)
 void glEnable(GLenum feature)
 {
     NoteOutside("glEnable", {static_cast<double>(feature)});
-    TheState().enabled.insert(feature);
+    Now().enabled.insert(feature);
 }
 
 void glDisable(GLenum feature)
 {
     NoteOutside("glDisable", {static_cast<double>(feature)});
-    TheState().enabled.erase(feature);
+    Now().enabled.erase(feature);
 }
 
 void glBlendFunc(GLenum source, GLenum destination)
 {
     NoteOutside("glBlendFunc", {static_cast<double>(source), static_cast<double>(destination)});
+    Now().blend = {source, destination};
 }
 
-void glDepthFunc(GLenum function) { NoteOutside("glDepthFunc", {static_cast<double>(function)}); }
-void glDepthMask(GLboolean write) { NoteOutside("glDepthMask", {static_cast<double>(write)}); }
-void glShadeModel(GLenum model) { NoteOutside("glShadeModel", {static_cast<double>(model)}); }
-void glLineWidth(GLfloat width) { NoteOutside("glLineWidth", {width}); }
+void glDepthFunc(GLenum function)
+{
+    NoteOutside("glDepthFunc", {static_cast<double>(function)});
+    Now().depthFunction = function;
+}
+
+void glDepthMask(GLboolean write)
+{
+    NoteOutside("glDepthMask", {static_cast<double>(write)});
+    Now().depthMask = write;
+}
+
+void glShadeModel(GLenum model)
+{
+    NoteOutside("glShadeModel", {static_cast<double>(model)});
+    Now().shadeModel = model;
+}
+
+void glLineWidth(GLfloat width)
+{
+    NoteOutside("glLineWidth", {width});
+    Now().lineWidth = static_cast<double>(width);
+}
+
+void glPolygonMode(GLenum face, GLenum mode)
+{
+    NoteOutside("glPolygonMode", {static_cast<double>(face), static_cast<double>(mode)});
+    if (face != GL_BACK)
+        Now().polygonMode[0] = mode;
+    if (face != GL_FRONT)
+        Now().polygonMode[1] = mode;
+}
 
 void glPointSize(GLfloat size)
 {
     NoteOutside("glPointSize", {size});
-    TheState().pointSize = size;
+    Now().pointSize = size;
 }
 
 void glViewport(GLint x, GLint y, GLsizei width, GLsizei height)
 {
     NoteOutside("glViewport", {static_cast<double>(x), static_cast<double>(y), static_cast<double>(width),
                                static_cast<double>(height)});
+    Now().viewport = {x, y, width, height};
 }
 
 void glPushAttrib(GLbitfield mask)
 {
     NoteOutside("glPushAttrib", {static_cast<double>(mask)});
-    State& state = TheState();
-    state.saved.push_back({mask, state.enabled, state.matrixMode, state.pointSize, Numbers(state.colour, 4)});
+    Recording& state = TheRecording();
+    state.saved.push_back({mask, state.now});
 }
 
 void glPopAttrib(void)
 {
     NoteOutside("glPopAttrib", {});
-    State& state = TheState();
+    Recording& state = TheRecording();
     if (state.saved.empty()) {
         state.mistakes.push_back("glPopAttrib without glPushAttrib");
         return;
     }
     const Attributes& saved = state.saved.back();
-    if ((saved.mask & GL_ENABLE_BIT) != 0)
-        state.enabled = saved.enabled;
-    if ((saved.mask & GL_TRANSFORM_BIT) != 0)
-        state.matrixMode = saved.matrixMode;
-    if ((saved.mask & GL_POINT_BIT) != 0)
-        state.pointSize = saved.pointSize;
-    if ((saved.mask & GL_CURRENT_BIT) != 0)
-        SetColour(saved.colour.data(), 4);
+    GiveBack(saved.mask, saved.state);
     state.saved.pop_back();
 }
 
@@ -367,7 +429,7 @@ void glDrawElements(GLenum mode, GLsizei count, GLenum type, const void*)
 void glGetFloatv(GLenum what, GLfloat* answer)
 {
     for (int i = 0; what == GL_CURRENT_COLOR && i < 4; ++i)
-        answer[i] = static_cast<GLfloat>(TheState().colour[i]);
+        answer[i] = static_cast<GLfloat>(Now().colour[i]);
 }
 
 void glGetIntegerv(GLenum what, GLint* answer)
@@ -375,7 +437,7 @@ void glGetIntegerv(GLenum what, GLint* answer)
     if (what == GL_MODELVIEW_STACK_DEPTH || what == GL_PROJECTION_STACK_DEPTH)
         *answer = 1 + GlRecorder::StackDepth(what == GL_MODELVIEW_STACK_DEPTH ? GL_MODELVIEW : GL_PROJECTION);
     else if (what == GL_MATRIX_MODE)
-        *answer = static_cast<GLint>(TheState().matrixMode);
+        *answer = static_cast<GLint>(Now().matrixMode);
 }
 
 GLboolean glIsEnabled(GLenum feature) { return GlRecorder::IsEnabled(feature) ? GL_TRUE : GL_FALSE; }

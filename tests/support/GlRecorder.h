@@ -7,6 +7,8 @@
 
 #include "zbaselib/ZGe.h"
 
+#include <array>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -36,6 +38,20 @@ struct GlBatch
     std::vector<GlVertex> vertices;
 };
 
+/// The state beside the matrices that an overlay could disturb, as a context has it when it is new.
+struct GlState
+{
+    std::set<unsigned> enabled;
+    unsigned matrixMode = 0x1700; ///< GL_MODELVIEW
+    double pointSize = 1, lineWidth = 1;
+    std::array<double, 4> colour{1, 1, 1, 1};
+    std::array<unsigned, 2> blend{1, 0}; ///< source and destination
+    unsigned depthMask = 1, depthFunction = 0x0201, shadeModel = 0x1D01;
+    std::array<unsigned, 2> polygonMode{0x1B02, 0x1B02}; ///< of front and back: GL_FILL
+    std::array<int, 4> viewport{0, 0, 0, 0};
+    friend bool operator==(const GlState&, const GlState&) = default;
+};
+
 namespace GlRecorder {
 /// Forgets all calls and puts the state back to that of a new context.
 void Clear();
@@ -52,4 +68,7 @@ const ZgeMatrix& Matrix(unsigned matrixMode);
 unsigned MatrixMode();
 bool IsEnabled(unsigned feature);
 double PointSize();
+const GlState& State();
+/// Groups of attributes saved and not given back.
+int AttributeDepth();
 } // namespace GlRecorder

@@ -68,6 +68,24 @@ TEST_F(Admission, ModelWithoutWeightableGeometryIsPassedOver)
     EXPECT_EQ(bare->ModelIneligible(), 0);
 }
 
+TEST_F(Admission, OneModelDraggedTwiceEntersOnce)
+{
+    ZModel* const one = AddCharacter("One");
+    DropModels(one, one, AddCharacter("Two"));
+    EXPECT_THAT(Texts(tool->ModelListBox()), ElementsAre("One", "Two"));
+    EXPECT_THAT(Flags(), ElementsAre(1, 0));
+}
+
+TEST_F(Admission, ObjectsThatAreNoModelsArePassedOver)
+{
+    ZObject stranger("Stranger");
+    DropOn(tool->ModelListBox(), {&stranger, AddCharacter("Good")});
+    EXPECT_THAT(Texts(tool->ModelListBox()), ElementsAre("Good"));
+    EXPECT_THAT(Flags(), ElementsAre(1));
+    DropOn(Panel().listBonesList, {&stranger});
+    EXPECT_THAT(Texts(Panel().listBonesList), ElementsAre("GoodHip", "GoodKnee"));
+}
+
 TEST_F(Admission, HiddenAndLockedModelsArePassedOver)
 {
     ZModel* const hidden = AddCharacter("Hidden");
@@ -92,6 +110,20 @@ TEST_F(Admission, AdditiveWarningIsShownOncePerDrop)
     EXPECT_EQ(Items().GetCount(), 0);
     DropModels(first);
     EXPECT_EQ(ZToolKit_GetMessages().size(), 2U); // another drop warns again
+}
+
+TEST_F(Admission, AModelWithoutASkinLeavesTheWarningToTheNext)
+{
+    DropModels(AddMesh("Bare", 3), AddAdditive("Additive"));
+    ASSERT_EQ(ZToolKit_GetMessages().size(), 1U);
+    EXPECT_EQ(ZToolKit_GetMessages().front().text, kAdditive);
+}
+
+TEST_F(Admission, AnAdditiveModelDoesNotTakeTheCheckOfTheNext)
+{
+    DropModels(AddAdditive("Additive"), AddCharacter("Good"));
+    EXPECT_THAT(Texts(tool->ModelListBox()), ElementsAre("Good"));
+    EXPECT_THAT(Flags(), ElementsAre(1));
 }
 
 TEST_F(Admission, DuplicateBonesAreAskedAboutOnce)
@@ -180,6 +212,32 @@ TEST_F(Admission, DraggingOutTakesTheCheckedModels)
         EXPECT_EQ(Items().GetCount(), 1);
 }
 
+TEST_F(Admission, SelectingRowsOfTheModelListChangesNothing)
+{
+    DropModels(AddCharacter("One"), AddCharacter("Two"));
+    const long before = Panel().listBonesList.GetChangeCount();
+    EXPECT_TRUE(tool->ModelListBox().UserSelect({1, 0}));
+    EXPECT_THAT(Flags(), ElementsAre(1, 0));
+    EXPECT_THAT(UndoNames(), ElementsAre("Tool Weighting Drop"));
+    EXPECT_EQ(Panel().listBonesList.GetChangeCount(), before);
+}
+
+TEST_F(Admission, ADropInTheMiddleOfASliderDragIsAStepOfItsOwn)
+{
+    ZModel* const one = AddCharacter("One");
+    DropModels(one);
+    PickAll();
+    SelectBones({0, 1});
+    Panel().spreadWeights.UserSlide(0, kSpreadSlider, kViewPress, 70);
+    DropModels(AddCharacter("Two"));
+    EXPECT_FALSE(ZUndoStack::TheOne()->IsTransactionOpen());
+    EXPECT_THAT(UndoNames(), ElementsAre("Tool Weighting Drop", "Apply Weight Change", "", "Tool Weighting Drop"));
+    EXPECT_TRUE(Undo());
+    EXPECT_NEAR(SkinWeight(one, 0, 0), 0.7, 1e-6);
+    EXPECT_TRUE(Undo());
+    EXPECT_NEAR(SkinWeight(one, 0, 0), 0.5, 1e-6);
+}
+
 TEST_F(Admission, RowInvitingToDropStaysChecked)
 {
     EXPECT_TRUE(tool->ModelListBox().UserSetCheck(0, false));
@@ -244,6 +302,58 @@ TEST_F(BoneDrop, CancelEndsTheDropAndKeepsWhatWasAdded)
     ZToolKit_SetMessageAnswerer([](const ZtMessage&) { return 3; });
     DropBones(AddBone("Plain"), AddMirrored("Left"), AddBone("Late"));
     EXPECT_THAT(Texts(Panel().listBonesList), ElementsAre("BodyHip", "BodyKnee", "Plain"));
+}
+
+TEST_F(BoneDrop, TheScalingThatCountsIsTheGlobalOne)
+{
+    ZModel* const mirrored = AddMirrored("Mirrored");
+    ZModel* const below = AddBone("Below", mirrored);
+    ZModel* const twice = AddBone("Twice", mirrored, {0, 1, 0}, {1, -1, 1});
+    ZToolKit_SetMessageAnswerer([](const ZtMessage&) { return 1; });
+    DropBones(below, twice);
+    ASSERT_EQ(ZToolKit_GetMessages().size(), 1U);
+    EXPECT_EQ(ZToolKit_GetMessages()[0].text, "Negative scaling detected in Bone : Below. This is not recommended.");
+    EXPECT_EQ(body->GetSkin()->LinkCount(), 4);
+}
+
+TEST_F(BoneDrop, WithoutACheckedModelNoSkinIsTouched)
+{
+    tool->ModelListBox().UserSetCheck(0, false);
+    DropBones(AddBone("Tail"));
+    EXPECT_EQ(body->GetSkin()->LinkCount(), 2);
+    EXPECT_THAT(Texts(Panel().listBonesList), ElementsAre("Empty"));
+}
+
+TEST_F(BoneDrop, OnAnEmptyToolChangesNothing)
+{
+    Scene().DeleteModel(body);
+    EXPECT_TRUE(DropBones(AddBone("Tail")));
+    EXPECT_EQ(Panel().listBonesList.GetRowCount(), 0);
+    EXPECT_THAT(ZToolKit_GetMessages(), IsEmpty());
+}
+
+TEST_F(BoneDrop, AnAddedBonePullsNothingUntilItIsGivenWeight)
+{
+    PickAll();
+    DropBones(AddBone("Tail"));
+    SelectBones({0, 1, 2});
+    EXPECT_EQ(Cell(2, kSpreadWeight), 0.0);
+    Panel().spreadWeights.UserType(2, kSpreadWeight, 20);
+    EXPECT_NEAR(SkinWeight(body, 2, 0), 0.2, 1e-6);
+    EXPECT_NEAR(SkinWeight(body, 0, 0), 0.4, 1e-6);
+    EXPECT_TRUE(Undo());
+    EXPECT_NEAR(SkinWeight(body, 2, 0), 0.0, 1e-6);
+    EXPECT_NEAR(SkinWeight(body, 0, 0), 0.5, 1e-6);
+}
+
+TEST_F(BoneDrop, AMeshDroppedOnItsOwnBonesIsALinkLikeAnyOther)
+{
+    DropBones(body);
+    EXPECT_THAT(Texts(Panel().listBonesList), ElementsAre("BodyHip", "BodyKnee", "Body"));
+    EXPECT_NEAR(SkinWeight(body, 0, 0), 0.5, 1e-6);
+    Scene().DeleteModel(body); // a model and a bone at once
+    EXPECT_THAT(Texts(tool->ModelListBox()), ElementsAre("Drop models here"));
+    EXPECT_EQ(tool->BoneList().GetCount(), 0);
 }
 
 TEST_F(BoneDrop, DragOutRemovesSelectedBonesThatPullNothing)

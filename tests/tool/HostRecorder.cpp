@@ -7,6 +7,7 @@
 #include "object/ZEntity.h"
 #include "object/ZShortCutKeyManager.h"
 #include "zbaselib/ZConfigFile.h"
+#include "zconstraints/ZConstraint.h"
 #include "zdesktop/ZTool.h"
 #include "zmanipulator/ZManipulator.h"
 #include "zxtrobject/ZXtrObject.h"
@@ -17,6 +18,7 @@
 namespace {
 
 HostRecording* s_recording = nullptr;
+ZConstraint* s_boxConstraint = nullptr;
 
 template <class Function> Function Next(const char* symbol)
 {
@@ -37,6 +39,15 @@ void HostRecording::Add(const char* call)
 {
     if (s_recording != nullptr)
         s_recording->m_calls.emplace_back(call);
+}
+
+HostWithABoxConstraint::HostWithABoxConstraint(ZConstraint* box) { s_boxConstraint = box; }
+HostWithABoxConstraint::~HostWithABoxConstraint() { s_boxConstraint = nullptr; }
+
+ZConstraint* ZConstraints_GetBoxConstraint()
+{
+    return s_boxConstraint != nullptr ? s_boxConstraint
+                                      : Next<ZConstraint* (*)()>("_Z29ZConstraints_GetBoxConstraintv")();
 }
 
 void ZEntity::EntityPlugNotifyRegister(const ZHandler& handler)

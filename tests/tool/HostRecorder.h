@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+class ZConstraint;
+
 /// The recording lives as long as the object; one at a time.
 class HostRecording
 {
@@ -19,4 +21,14 @@ public:
 
 private:
     std::vector<std::string> m_calls;
+};
+
+/// While it lives, the host has a box constraint, as hosts may; this one's own has none.
+class HostWithABoxConstraint
+{
+public:
+    explicit HostWithABoxConstraint(ZConstraint* box);
+    ~HostWithABoxConstraint();
+    HostWithABoxConstraint(const HostWithABoxConstraint&) = delete;
+    HostWithABoxConstraint& operator=(const HostWithABoxConstraint&) = delete;
 };

@@ -75,6 +75,32 @@ TEST_F(ModelList, WindowHasTheListAtTheLeftAndThePanelInTheRest)
     EXPECT_EQ(tool->ModelListBox().GetRect(), (ZtRect{3, 28, 195, 261}));
 }
 
+TEST_F(ModelList, LabelAndPanelsStandAsTheyWereDrawn)
+{
+    tool->Arrange(1016, 370);
+    auto* const panel = static_cast<ZtPanel*>(tool->FindRegion("ListLayout")->view);
+    ASSERT_NE(panel, nullptr);
+    EXPECT_EQ(RectOf(*panel, "ModelListLabel"), (ZtRect{5, 7, 92, 14}));
+    EXPECT_EQ(RectOf(*panel, "ModelListUI"), (ZtRect{3, 28, 195, 331}));
+    EXPECT_EQ(panel->FindRegion("ModelListLabel")->view->GetCaption(), "Model List");
+    EXPECT_EQ(panel->GetBorderStyle(), 0);
+    EXPECT_EQ(panel->GetBorderWidth(), 0);
+    EXPECT_TRUE(panel->IsFlat());
+}
+
+TEST_F(ModelList, TheSmallestWindowHasNoNegativeSizes)
+{
+    tool->Arrange(tool->GetToolMinimumWidth(), tool->GetToolMinimumHeight());
+    std::vector<ZtView*> views;
+    tool->CollectViews(views);
+    EXPECT_GE(views.size(), 20U);
+    for (const ZtView* const view : views) {
+        EXPECT_GE(view->GetRect().width, 0) << view->GetObjectName();
+        EXPECT_GE(view->GetRect().height, 0) << view->GetObjectName();
+    }
+    EXPECT_THAT(ZReport_Warnings(), testing::IsEmpty());
+}
+
 TEST_F(ModelList, ListHasItsPropertiesAndCheckMarks)
 {
     EXPECT_EQ(tool->ModelListBox().GetListStyle(), 0);

@@ -47,4 +47,34 @@ TEST_F(ToolOrder, SettingsAreReadOnceAndNeverWritten)
     EXPECT_EQ(std::count(calls.begin(), calls.end(), "settings written"), 0);
 }
 
+TEST_F(ToolOrder, WithABoxConstraintRestPositionOutlivesTheDeactivation)
+{
+    OpenTool();
+    ZModelPolymesh* const body = AddCharacter("Body");
+    DropModels(body);
+    ZModel* const knee = body->GetSkin()->LinkModel(1);
+    const ZgeMatrix bound = knee->GetTransformMatrix(true);
+    knee->SetPosedTransform(ZgeRotationFromEuler({0, 0, 40}) * ZgeTranslation({0.5, 1, 0}));
+    const ZgeMatrix bent = knee->GetTransformMatrix(true);
+    const auto expectKneeAt = [&](const ZgeMatrix& place) {
+        session->AfterEvent();
+        for (int i = 0; i < 16; ++i)
+            EXPECT_NEAR(knee->GetTransformMatrix(true).Data()[i], place.Data()[i], 1e-9) << i;
+    };
+    Panel().toRestPositionButton.UserClick();
+    expectKneeAt(bound);
+
+    const HostWithABoxConstraint host(tool->Constraint());
+    tool->ToolDeactivate();
+    EXPECT_FALSE(tool->Constraint()->ConstraintGetEnabled());
+    EXPECT_TRUE(tool->Manipulator()->ManipulatorGetHidden());
+    EXPECT_TRUE(Panel().restPositionMode);
+    EXPECT_TRUE(Panel().toRestPositionButton.GetState());
+    expectKneeAt(bent); // nobody holds it while the window is hidden
+    tool->ToolActivate();
+    ASSERT_EQ(tool->Constraint()->GetEntries().size(), 1U);
+    EXPECT_EQ(tool->Constraint()->GetEntries()[0]->bones.GetCount(), 2);
+    expectKneeAt(bound);
+}
+
 } // namespace

@@ -134,6 +134,101 @@ TEST_F(ConstraintTest, SharedBoneIsWrittenByTheFirstEntryOnly)
     EXPECT_THAT(constraint.GetEntries()[1]->driven, IsEmpty());
 }
 
+TEST_F(ConstraintTest, SharedBoneFollowsTheFirstEntrysAnchor)
+{
+    ZModel* const toe = AddBone(scene, "Toe", Place(0, -0.2, 0.3), foot);
+    const ZgeMatrix toeAtRest = toe->GetTransformMatrix(true);
+    ZModelPolymesh* const shoe = AddPointMesh(scene, "Shoe", {0, 0, 0}, foot);
+    ZSkin& skin = *shoe->GetSkin();
+    skin.RemoveLink(0);
+    for (ZModel* const bone : {foot, toe})
+        skin.AppendLink(bone, ZgeInverse(bone->GetTransformMatrix(true)));
+    Bend();
+    AddAll();
+    constraint.AddBone(foot, shoe);
+    constraint.AddBone(toe, shoe);
+    constraint.ConstraintSetEnabled(true);
+    const ZgeMatrix footAsPosed = foot->GetTransformMatrix(true);
+    Evaluate();
+    ExpectNear(foot->GetTransformMatrix(true), rest[2] * ZgeInverse(rest[0]) * hip->GetTransformMatrix(true));
+    // The second entry's anchor is the foot where its pose has it: another entry's result is no input of a pass.
+    ExpectNear(toe->GetTransformMatrix(true), toeAtRest * ZgeInverse(rest[2]) * footAsPosed);
+}
+
+TEST_F(ConstraintTest, ABoneThatNoLinkFollowsHasTheIdentityForItsBind)
+{
+    ZModel* const stray = AddBone(scene, "Stray", Place(4, 0, 0), hip);
+    AddAll();
+    constraint.AddBone(stray, mesh);
+    constraint.ConstraintSetEnabled(true);
+    Evaluate();
+    ExpectNear(stray->GetTransformMatrix(true), ZgeInverse(rest[0]) * hip->GetTransformMatrix(true));
+}
+
+TEST_F(ConstraintTest, BonesAreReferenceObjectsOfGroupZero)
+{
+    AddAll();
+    ASSERT_EQ(constraint.ConstraintGetReferenceObjectCount(0), 3);
+    EXPECT_EQ(constraint.ConstraintGetReferenceObject(0, 2), foot);
+    EXPECT_EQ(constraint.ConstraintGetReferenceObjectCount(1), 0);
+    constraint.ResetBones();
+    EXPECT_EQ(constraint.ConstraintGetReferenceObjectCount(0), 0);
+}
+
+TEST_F(ConstraintTest, AnswersItsFourQuestions)
+{
+    IConstraint& asked = constraint;
+    EXPECT_TRUE(asked.ConstraintCanBeActive());
+    EXPECT_FALSE(asked.ConstraintCanSnap());
+    EXPECT_TRUE(asked.ConstraintDrivesSeveral());
+    EXPECT_TRUE(asked.ConstraintIsLive());
+}
+
+TEST_F(ConstraintTest, AnEntryWithoutBonesHasTheFirstPlaceForItsRoot)
+{
+    constraint.SetupAllConnectors(true);
+    EXPECT_THAT(constraint.GetEntries(), IsEmpty());
+    AddAll();
+    constraint.SetupAllConnectors(true);
+    EXPECT_EQ(constraint.GetEntries()[0]->root, 0);
+    EXPECT_NE(constraint.GetEntries()[0]->sources[0][0], nullptr);
+    EXPECT_EQ(constraint.GetEntries()[0]->sources[0][1], nullptr) << "only the root is read";
+}
+
+TEST_F(ConstraintTest, ReleasingClearsAllSixConnectorLists)
+{
+    AddAll();
+    constraint.SetupAllConnectors(true);
+    constraint.ReleaseAllConnectors();
+    for (int type = 0; type < 3; ++type) {
+        EXPECT_THAT(constraint.GetEntries()[0]->sources[type], IsEmpty());
+        EXPECT_THAT(constraint.GetEntries()[0]->destinations[type], IsEmpty());
+    }
+    EXPECT_EQ(constraint.GetEntries()[0]->bones.GetCount(), 3) << "the bones stay";
+}
+
+TEST_F(ConstraintTest, AMirroredSkeletonStandsAtItsMirroredRest)
+{
+    ZModel* const mirror = AddBone(scene, "Mirror", Place(0, 0, 0, {}, {-1, 1, 1}));
+    hip->SetParent(mirror);
+    rest.clear();
+    ZSkin& skin = *mesh->GetSkin();
+    while (skin.LinkCount() > 0)
+        skin.RemoveLink(0);
+    for (ZModel* const bone : {hip, knee, foot}) {
+        rest.push_back(bone->GetTransformMatrix(true));
+        skin.AppendLink(bone, ZgeInverse(rest.back()));
+    }
+    Bend();
+    AddAll();
+    constraint.ConstraintSetEnabled(true);
+    Evaluate();
+    const ZgeMatrix anchor = ZgeInverse(rest[0]) * hip->GetTransformMatrix(true);
+    ExpectNear(knee->GetTransformMatrix(true), rest[1] * anchor);
+    ExpectNear(foot->GetTransformMatrix(true), rest[2] * anchor);
+    EXPECT_LT(ZgeDeterminant3(foot->GetTransformMatrix(true)), 0);
+}
+
 TEST_F(ConstraintTest, SamePassIdActsOnce)
 {
     AddAll();

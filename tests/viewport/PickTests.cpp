@@ -6,9 +6,6 @@
 #include "zmodel/ZScene.h"
 
 #include <gmock/gmock.h>
-#include <rapidcheck/gtest.h>
-
-#include <cmath>
 
 namespace {
 
@@ -153,60 +150,6 @@ TEST_F(PickTest, SelectionBoxOfNoModelsIsNoBox)
     ZgeBox box;
     EXPECT_FALSE(ZWeightPick_SelectionBox(tool, box));
     EXPECT_TRUE(box.IsEmpty());
-}
-
-/// A pick of its own, in double precision throughout and with the four corners of the rectangle in turn.
-bool SlowHit(const ZgeVector4& p, const ZgeMatrix& toScreen, const ZPickRectangle& r, double widen)
-{
-    const ZgeVector4 q = p * toScreen;
-    const double x = q.x / q.w, y = q.y / q.w;
-    const double corners[4][2] = {{static_cast<double>(r.minimumX) - widen, static_cast<double>(r.minimumY) - widen},
-                                  {static_cast<double>(r.minimumX) - widen, static_cast<double>(r.maximumY) + widen},
-                                  {static_cast<double>(r.maximumX) + widen, static_cast<double>(r.maximumY) + widen},
-                                  {static_cast<double>(r.maximumX) + widen, static_cast<double>(r.minimumY) - widen}};
-    for (int k = 0; k < 4; ++k) {
-        const double* const a = corners[k];
-        const double* const b = corners[(k + 1) % 4];
-        if ((a[1] - b[1]) * (a[0] - x) - (a[1] - y) * (a[0] - b[0]) < 0)
-            return false;
-    }
-    return true;
-}
-
-RC_GTEST_PROP(PickProperty, AgreesWithADoublePrecisionPickButForAFloatStepAtAnEdge, ())
-{
-    const auto number = [](double range) { return *rc::gen::inRange(-10000, 10001) / 10000.0 * range; };
-    ZScene scene;
-    FakeTool tool;
-    ZModel* const bone = AddBone(scene, "Bone", ZgeMatrix());
-    std::vector<float> points;
-    for (int i = 0; i < 60; ++i)
-        points.push_back(static_cast<float>(number(5)));
-    ZModelPolymesh* const mesh = AddPointMesh(scene, "M", points, bone);
-    bone->SetFileTransform(ZgeCompose({{number(2), number(2), number(2), 1}, {number(180), number(80), 0}, {1, 1, 1}}));
-    ZWeightUIModelData& data = tool.Admit(mesh);
-    ZCamera camera;
-    camera.SetSceneBox({{-10, -10, -10}, {10, 10, 10}});
-    RC_PRE(camera.LookAt({number(20), number(20), 30}, {number(1), number(1), 0}, {0, 1, 0}));
-    const float x = static_cast<float>(number(0.8)), y = static_cast<float>(number(0.8));
-    const ZPickRectangle rectangle{x, y, x + 0.4F, y + 0.3F};
-
-    ZArrayTemplate<int> hits;
-    ZWeightPick_Pick(tool, camera, rectangle, false, hits);
-    std::vector<bool> hit(20, false);
-    for (int i = 0; i < hits.GetCount(); i += 2)
-        hit[static_cast<size_t>(hits[i + 1])] = true;
-    const ZgeMatrix toScreen = camera.ViewMatrix() * camera.ProjectionMatrix();
-    const float* const positions = data.geometry->VertexPositions();
-    for (int i = 0; i < 20; ++i) {
-        const float* const p = positions + 4 * i;
-        const ZgeVector4 point{static_cast<double>(p[0]), static_cast<double>(p[1]), static_cast<double>(p[2]), 1};
-        const double step = 2.5e-7; // a float step at the rectangle's numbers, with the rounding of 1/W
-        if (SlowHit(point, toScreen, rectangle, -step))
-            RC_ASSERT(hit[static_cast<size_t>(i)]);
-        if (!SlowHit(point, toScreen, rectangle, step))
-            RC_ASSERT(!hit[static_cast<size_t>(i)]);
-    }
 }
 
 } // namespace

@@ -113,6 +113,42 @@ TEST_F(GeometryAdapter, SurfaceWithoutAGridIsWeightedByItsControlPoints)
     EXPECT_NE(data->geometry->VertexPositions(), nullptr);
 }
 
+TEST_F(GeometryAdapter, SurfacePositionsFollowTheNumberOfControlPoints)
+{
+    ZModelNurbs* const surface = character.AddSurface("Sheet", 2, 2, 4, 4);
+    ZWeightGeomNURBS adapter(surface);
+    ASSERT_NE(adapter.SurfacePositions(), nullptr);
+    const ZNurbsSurface larger = character.AddSurface("Larger", 5, 4)->GetSurface();
+    ASSERT_TRUE(surface->SetSurface(larger, 7, 6));
+    EXPECT_EQ(adapter.VertexCount(), 20);
+    const float* const grid = surface->Geometry().TessellatedPoints(1);
+    const float* const points = adapter.SurfacePositions();
+    for (int v = 0; v < 4; ++v) {
+        for (int u = 0; u < 5; ++u) {
+            const float* const source = grid + 4 * ((u * 7) / 5 + ((v * 6) / 4) * 7);
+            const float* const point = points + 4 * (v * 5 + u);
+            EXPECT_THAT(std::vector<float>(point, point + 4), ElementsAre(source[0], source[1], source[2], 1.0F));
+        }
+    }
+}
+
+TEST_F(GeometryAdapter, SurfaceWithoutControlPointsHasNoRowsAndColumns)
+{
+    ZModelNurbs empty("Empty");
+    const auto data = stage.Load(character.AddSurface("Sheet", 4, 3));
+    for (ZModel* const model : {static_cast<ZModel*>(&empty), static_cast<ZModel*>(nullptr)}) {
+        ZWeightGeomNURBS adapter(model);
+        EXPECT_EQ(adapter.VertexCount(), 0);
+        EXPECT_EQ(adapter.SurfacePositions(), nullptr);
+        adapter.SelectRow(*data, 3, nullptr);
+        adapter.SelectColumn(*data, 3, nullptr);
+    }
+    data->geometry->SelectRow(*data, -1, nullptr);
+    data->geometry->SelectColumn(*data, -1, nullptr);
+    data->geometry->SelectRow(*data, 12, nullptr);
+    EXPECT_THAT(data->selectedVertices, testing::IsEmpty());
+}
+
 // Drawing.
 
 TEST(EdgeBrightness, DriftsToItsTargetByOnePerCentARedraw)
@@ -224,6 +260,19 @@ TEST_F(Overlay, ModelThatIsNotLoadedDrawsNothing)
     const auto data = stage.Admit(character.AddMesh("Body", 3));
     Draw(*data, 2.0F);
     EXPECT_TRUE(GlRecorder::Batches().empty());
+}
+
+TEST_F(Overlay, DataWithoutAModelDrawsNothing)
+{
+    const auto mesh = stage.Load(character.AddMesh("Body", 3));
+    const auto surface = stage.Load(character.AddSurface("Sheet", 2, 2));
+    for (ZWeightUIModelData* const data : {mesh.get(), surface.get()}) {
+        ZModel* const model = data->model;
+        data->model = nullptr;
+        Draw(*data, 2.0F);
+        EXPECT_TRUE(GlRecorder::Batches().empty());
+        data->model = model;
+    }
 }
 
 } // namespace

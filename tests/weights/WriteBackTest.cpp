@@ -5,6 +5,9 @@
 
 #include <gmock/gmock.h>
 
+#include <cmath>
+#include <limits>
+
 using testing::ElementsAre;
 using testing::FloatEq;
 
@@ -81,6 +84,23 @@ TEST_F(WriteBack, ModelThatIsNotLoadedGetsOnlyItsSkinWritten)
     data->ApplyVertexInfluences(-1, Record({{1, 0.75F}}));
 }
 
+/// What never entered a record is no weight to take back.
+TEST_F(WriteBack, BrokenWeightsOfTheSkinStayAsTheyAreLoadedOrNot)
+{
+    const double broken[3] = {std::nan(""), -0.5, std::numeric_limits<double>::infinity()};
+    for (int link = 0; link < 3; ++link)
+        TinyCharacter::Weight(mesh, link, 0, broken[link]);
+    for (const bool loaded : {true, false}) {
+        data->SetModelSelected(loaded, nullptr);
+        data->Refresh();
+        ASSERT_EQ(data->IsLoaded(), loaded);
+        data->ApplyVertexInfluences(0, VertexInfluences());
+        EXPECT_TRUE(std::isnan(TinyCharacter::WeightOf(mesh, 0, 0))) << loaded;
+        EXPECT_EQ(TinyCharacter::WeightOf(mesh, 1, 0), broken[1]) << loaded;
+        EXPECT_EQ(TinyCharacter::WeightOf(mesh, 2, 0), broken[2]) << loaded;
+    }
+}
+
 TEST_F(WriteBack, ManyVerticesEndAsOneByOne)
 {
     const std::vector<int> vertices{1, 2, 1};
@@ -153,6 +173,57 @@ TEST_F(WriteBack, BoneThatIsNoLinkBecomesOne)
     EXPECT_THAT(data->boneLinkPositions, ElementsAre(0, 1, 2, 3));
 }
 
+/// A record may name what the tables do not hold; every lookup passes over it.
+TEST_F(WriteBack, LinksOutsideTheTablesAreSkippedNeverRead)
+{
+    *data->vertexInfluences[1] =
+        Record({{99, 0.125F}, {-5, 0.25F}, {std::numeric_limits<int>::max(), 0.5F}, {0, 1.0F}});
+    EXPECT_EQ(data->BoneOfLink(99), -1);
+    EXPECT_EQ(data->BoneOfLink(-5), -1);
+    EXPECT_EQ(data->LinkOfBone(-1), -1);
+    EXPECT_EQ(data->LinkOfBone(99), -1);
+    EXPECT_EQ(data->VertexBoneWeight(0, 1), 1.0F);
+    EXPECT_EQ(data->VertexBoneWeight(1, 1), 0.0F);
+    std::vector<float> spread(3, 7.0F);
+    data->GetVertexSpread(1, spread);
+    EXPECT_THAT(spread, ElementsAre(1.0F, 0.0F, 0.0F));
+    std::vector<int> marks(3, 0);
+    data->SetVertexState(1, 2);
+    data->MarkInfluencingBones(marks.data(), 3);
+    EXPECT_THAT(marks, ElementsAre(1, 0, 0));
+    data->SetManyVertexSpreads(std::vector<int>{1, -1, 3}, std::vector<int>{0, 99, -1},
+                               std::vector<double>{0.5, 0.25, 0.25});
+    EXPECT_EQ(data->vertexInfluences[1]->weights[0], 0.125F);
+    EXPECT_EQ(data->VertexBoneWeight(0, 1), 0.5F);
+    EXPECT_EQ(TinyCharacter::WeightOf(mesh, 0, 1), 0.5);
+    EXPECT_EQ(mesh->GetSkin()->LinkCount(), 3);
+}
+
+/// Bones outside the tool's bone list leave the table shorter than the skin: such links have no bone to look up.
+TEST_F(WriteBack, LinkWithoutABoneInTheListWeighsNothing)
+{
+    stage.boneList.RemoveAt(2);
+    data->Refresh();
+    EXPECT_EQ(data->BoneOfLink(2), -1);
+    EXPECT_EQ(data->VertexBoneWeight(2, 2), 0.0F);
+    std::vector<int> marks(2, 0);
+    data->SetVertexState(2, 2);
+    data->MarkInfluencingBones(marks.data(), 2);
+    EXPECT_THAT(marks, ElementsAre(0, 0));
+    data->SetVertexBoneWeight(2, 2, 0.25);
+    EXPECT_EQ(TinyCharacter::WeightOf(mesh, 2, 2), 1.0);
+}
+
+TEST_F(WriteBack, LinkThatLeftTheSkinIsNotWritten)
+{
+    mesh->GetSkin()->RemoveLink(2);
+    const auto before = TinyCharacter::Weights(mesh);
+    data->SetVertexBoneWeight(2, 1, 0.5);
+    data->SetManyVertexSpreads(std::vector<int>{2}, std::vector<int>{2}, std::vector<double>{0.5});
+    data->ApplyVertexInfluences(2, Record({{2, 1.0F}}));
+    EXPECT_EQ(TinyCharacter::Weights(mesh), before);
+}
+
 TEST_F(WriteBack, AddLinkAnswersTheLinkThatIsThere)
 {
     EXPECT_EQ(data->AddLink(character.bones[1]), 1);
@@ -179,6 +250,18 @@ TEST_F(WriteBack, ManySpreadsEndAsOneByOne)
     EXPECT_EQ(*data->vertexInfluences[2], Record({{2, 0.0F}, {1, 0.75F}, {0, 0.25F}}));
     EXPECT_EQ(TinyCharacter::Weights(mesh),
               (std::vector<std::vector<double>>{{0.25, 0.75, 0}, {0.25, 0.75, 0}, {0.25, 0.75, 0}}));
+}
+
+/// The vertex list may name a vertex twice; its link has one entry all the same.
+TEST_F(WriteBack, VertexThatIsNamedTwiceGetsOneEntry)
+{
+    const std::vector<int> twice{0, 1, 0, 1}, bone{2};
+    const std::vector<double> whole{1.0};
+    data->ApplyVertexInfluences(0, Record({{2, 0.5F}})); // the skin has no entry for this
+    data->SetManyVertexSpreads(twice, bone, whole);
+    EXPECT_EQ(TinyCharacter::EntriesOf(mesh, 0), 1);
+    EXPECT_EQ(TinyCharacter::EntriesOf(mesh, 1), 3);
+    EXPECT_EQ(TinyCharacter::Weights(mesh), (std::vector<std::vector<double>>{{0, 0, 1}, {0, 0, 1}, {0, 0, 1}}));
 }
 
 TEST_F(WriteBack, SpreadReachesOnlyTheFirstOfTwoLinksOnOneBone)

@@ -96,6 +96,23 @@ TEST(ZArray, FourNumbersNeedNoHeap)
     EXPECT_EQ(ToVector(four), (std::vector<int>{1, 2, 3, 4, 5}));
 }
 
+TEST(ZArray, RoomAskedForAgainAndAgainGrowsByHalf)
+{
+    ZArrayTemplate<int> numbers;
+    int moves = 0;
+    for (int i = 0; i < 1000; ++i) {
+        const int before = numbers.GetCapacity();
+        numbers.ReserveMore(10);
+        ASSERT_GE(numbers.GetCapacity(), numbers.GetCount() + 10);
+        moves += numbers.GetCapacity() != before ? 1 : 0;
+        for (int k = 0; k < 10; ++k)
+            numbers.Add(10 * i + k);
+    }
+    EXPECT_LT(moves, 25); // log(1000) / log(1.5) and a few short steps at the start
+    for (int i = 0; i < numbers.GetCount(); ++i)
+        ASSERT_EQ(numbers[i], i);
+}
+
 TEST(ZArray, FindsAfterAStartIndex)
 {
     const ZArrayTemplate<int, 16> array{7, 8, 7};

@@ -19,7 +19,7 @@ class ConfigFile : public testing::Test
 protected:
     void SetUp() override
     {
-        std::string pattern = (fs::temp_directory_path() / ("skindesk-config-" + std::string(6, 'X'))).string();
+        std::string pattern = (fs::temp_directory_path() / "skindesk-config-XXXXXX").string();
         ASSERT_NE(mkdtemp(pattern.data()), nullptr);
         m_folder = pattern;
         ZConfigFile_SetFolder(m_folder.string());

@@ -191,6 +191,19 @@ TEST(ZgeDecompose, AtTheBoundTheDegenerateBranchIsTaken)
     EXPECT_NEAR(ZgeDecompose(above).rotation.x, std::atan2(std::sin(0.5), std::cos(0.5) / length) / kDegree, 1e-9);
 }
 
+TEST(ZgeDecompose, NearTheLockASinglePrecisionRotationComesBack)
+{
+    for (const double tilt : {1e-8, 1e-7, 4e-6, 1e-4, 1e-2}) {
+        const ZgeMatrix exact = ZgeRotationFromEuler({33, 90 - tilt, -71});
+        ZgeMatrix rounded = exact;
+        for (int i = 0; i < 12; ++i)
+            rounded.Data()[i] = static_cast<double>(static_cast<float>(exact.Data()[i]));
+        const ZgeMatrix again = ZgeCompose(ZgeDecompose(rounded));
+        for (int i = 0; i < 12; ++i)
+            EXPECT_NEAR(again.Data()[i], exact.Data()[i], 3e-7) << "tilt " << tilt << ", number " << i;
+    }
+}
+
 TEST(ZgeDecompose, AShearIsDroppedAndTheRowLengthsStay)
 {
     ZgeMatrix sheared;

@@ -112,6 +112,10 @@ TEST_F(Deformation, IsEvaluatedOnlyWhenSomethingChanged)
     hip->SetPosedTransform(At(0, 11));
     EXPECT_TRUE(evaluated());
     knee->SetPosedTransform(At(1));
+    EXPECT_FALSE(evaluated()) << "it pulls no vertex";
+    AddWeight(*skin, 1, 1, 1);
+    EXPECT_TRUE(evaluated());
+    knee->SetPosedTransform(At(2));
     EXPECT_TRUE(evaluated());
     skin->BeginLink(0);
     skin->SetEntryWeight(1, 0);

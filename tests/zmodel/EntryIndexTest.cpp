@@ -49,11 +49,53 @@ TEST(EntryIndex, AppendingInAnyOrderStaysTrue)
         index.Build(vertices);
         for (int i = 0; i < 500; ++i) {
             vertices.Add(100000 + i * step);
-            index.Appended(vertices);
+            index.Appended(vertices, vertices.GetCount() - 1);
             ASSERT_EQ(index.Find(vertices, 100000 + i * step), i);
             ASSERT_EQ(index.Find(vertices, 100000), 0);
             ASSERT_EQ(index.Find(vertices, 100000 + (i + 1) * step), -1);
         }
+    }
+}
+
+/// A bone that pulls a stretch of the mesh, and then every vertex of it, is a table in the end, not a hash: neighbours
+/// are asked for one after the other.
+TEST(EntryIndex, ALinkThatComesToHoldEveryVertexStaysTrue)
+{
+    for (const bool downwards : {false, true}) {
+        EntryIndex index;
+        ZArrayTemplate<int> vertices;
+        for (int i = 0; i < 2000; ++i)
+            vertices.Add(4000 + i + i % 2); // every other one twice
+        index.Build(vertices);
+        for (int i = 0; i < 10000; ++i) {
+            const int vertex = downwards ? 9999 - i : i;
+            const bool isThere = index.Find(vertices, vertex) >= 0;
+            if (isThere)
+                continue;
+            vertices.Add(vertex);
+            index.Appended(vertices, vertices.GetCount() - 1);
+            ASSERT_EQ(index.Find(vertices, vertex), vertices.GetCount() - 1);
+        }
+        EXPECT_LE(index.GetHeapBytes(), 4 * sizeof(int) * static_cast<size_t>(vertices.GetCount()) + 64);
+        for (int vertex = 0; vertex < 10000; ++vertex)
+            ASSERT_EQ(vertices[index.Find(vertices, vertex)], vertex);
+    }
+}
+
+TEST(EntryIndex, ManyAppendedAtOnceAreAsAppendedOneByOne)
+{
+    const ZArrayTemplate<int> order{10, 11, 12, 14, 13, 30, 20, 9, 15, 16, 500, 17, 11, 40000, 18, 2, 70000, 19, 3};
+    for (int known = 0; known < order.GetCount(); ++known) {
+        EntryIndex index;
+        ZArrayTemplate<int> vertices;
+        vertices.Assign(order.GetData(), known);
+        index.Build(vertices);
+        vertices = order;
+        index.Appended(vertices, known);
+        for (int entry = 0; entry < order.GetCount(); ++entry)
+            EXPECT_EQ(index.Find(vertices, order[entry]), order.Find(order[entry])) << known << ' ' << entry;
+        EXPECT_EQ(index.Find(vertices, 8), -1);
+        EXPECT_EQ(index.Find(vertices, 80000), -1);
     }
 }
 
@@ -77,7 +119,7 @@ TEST(EntryIndex, TheFirstOfSeveralEntriesIsFound)
         index.Build(vertices);
         EXPECT_EQ(index.Find(vertices, 5), 0);
         vertices.Add(far);
-        index.Appended(vertices);
+        index.Appended(vertices, vertices.GetCount() - 1);
         EXPECT_EQ(index.Find(vertices, far), 1);
     }
 }

@@ -10,6 +10,7 @@ constexpr double kRadiansPerDegree = 0.017453292519943295;
 constexpr double kDegreesPerRadian = 57.29577951308232;
 // Below this cosine of the Y angle, X and Z turn about the same axis and only their sum can be told.
 constexpr double kGimbalLock = 1.6e-9;
+constexpr double kNearGimbalLock = 0.05; ///< c below it: x and z hang together
 // A pivot that has lost this much of its row is what rounding left of a zero.
 constexpr double kPivotLoss = 1e-14;
 
@@ -222,6 +223,16 @@ ZgeMatrix ZgeCompose(const ZgeTRS& trs)
     return m;
 }
 
+namespace {
+/// Are the rows, which have length one, at right angles within what a matrix of single precision keeps?
+bool IsRotationInSinglePrecision(const ZgeMatrix& r)
+{
+    constexpr double kSquare = 1e-5;
+    return std::abs(ZgeDot(Row(r, 0), Row(r, 1))) < kSquare && std::abs(ZgeDot(Row(r, 1), Row(r, 2))) < kSquare &&
+           std::abs(ZgeDot(Row(r, 2), Row(r, 0))) < kSquare;
+}
+} // namespace
+
 ZgeTRS ZgeDecompose(const ZgeMatrix& m)
 {
     ZgeTRS trs;
@@ -234,6 +245,12 @@ ZgeTRS ZgeDecompose(const ZgeMatrix& m)
     if (c > kGimbalLock) {
         radians.x = std::atan2(r(1, 2), r(2, 2));
         radians.z = std::atan2(r(0, 1), r(0, 0));
+        // The two come from different rows. Near the lock, rows that are at right angles only as far as a file's single
+        // precision goes would tell them apart: x is then taken from what is left when z is turned back.
+        if (c < kNearGimbalLock && IsRotationInSinglePrecision(r)) {
+            const double cz = std::cos(radians.z), sz = std::sin(radians.z);
+            radians.x = std::atan2(sz * r(2, 0) - cz * r(2, 1), cz * r(1, 1) - sz * r(1, 0));
+        }
     } else {
         radians.x = std::atan2(-r(2, 1), r(1, 1));
     }

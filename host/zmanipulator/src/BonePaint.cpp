@@ -2,6 +2,7 @@
 #include "BonePaint.h"
 
 #include "BoneShape.h"
+#include "OwnBonePaint.h"
 
 #include <algorithm>
 #include <cmath>
@@ -15,6 +16,7 @@ struct SeenSegment
 {
     ZBoneSegment segment;
     double distance;
+    const float* colour;
     bool selected;
 };
 
@@ -22,14 +24,15 @@ std::vector<SeenSegment> FarthestFirst(const ZScene& scene, const ZCamera& camer
 {
     std::vector<SeenSegment> seen;
     std::vector<ZBoneSegment> segments;
-    for (const ZModel* model : scene.GetModels()) {
-        if (!model->IsBone() || model->IsHidden())
+    for (ZModel* model : scene.GetModels()) {
+        if (!model->IsBone() || model->IsHidden() || OwnBonePaint_Has(*model))
             continue;
         segments.clear();
         BoneShape_AddSegments(*model, camera.GetUnit(), segments);
         for (const ZBoneSegment& segment : segments) {
             const ZgeVector3 middle = (segment.head + segment.tail) * 0.5;
-            seen.push_back({segment, ZgeLength(middle - camera.GetEye()), model->IsSelected()});
+            seen.push_back(
+                {segment, ZgeLength(middle - camera.GetEye()), BonePaint_Colour(*model), model->IsSelected()});
         }
     }
     std::stable_sort(seen.begin(), seen.end(),
@@ -64,13 +67,17 @@ float BonePaint_Brightness(const ZgeVector3& normal, const ZgeVector3& toViewer)
     return static_cast<float>(0.4 + 0.6 * std::abs(ZgeDot(normal, toViewer)));
 }
 
+const float* BonePaint_Colour(const ZModel& bone)
+{
+    return bone.IsSelected() ? ZModelGlobal::SelectionColor() : kBoneColour;
+}
+
 BonePaint BonePaint_Of(const ZScene& scene, const ZCamera& camera)
 {
     BonePaint paint;
     std::vector<ZBoneCorner> corners;
     std::vector<ZgeVector3> ends;
     for (const SeenSegment& seen : FarthestFirst(scene, camera)) {
-        const float* const colour = seen.selected ? ZModelGlobal::SelectionColor() : kBoneColour;
         corners.clear();
         ends.clear();
         BoneShape_AddOctahedron(seen.segment, corners);
@@ -79,10 +86,10 @@ BonePaint BonePaint_Of(const ZScene& scene, const ZCamera& camera)
             const float shade =
                 BonePaint_Brightness(corner.normal, ZgeNormalised(camera.GetEye() - corners.front().place));
             paint.faces.push_back(
-                MakePoint(corner.place, colour, shade, seen.selected ? kSelectedFaceAlpha : kFaceAlpha));
+                MakePoint(corner.place, seen.colour, shade, seen.selected ? kSelectedFaceAlpha : kFaceAlpha));
         }
         for (const ZgeVector3& end : ends)
-            paint.edges.push_back(MakePoint(end, colour, kEdgeShade, kEdgeAlpha));
+            paint.edges.push_back(MakePoint(end, seen.colour, kEdgeShade, kEdgeAlpha));
     }
     return paint;
 }

@@ -20,7 +20,9 @@ struct BonePaint
     std::vector<BonePaintPoint> faces, edges;
 };
 
-/// All bones that are not hidden, as seen from the camera; selected ones in the selection colour.
+/// Three floats: the selection colour of a selected bone, else that of bones.
+const float* BonePaint_Colour(const ZModel& bone);
+/// All bones that are not hidden and do not draw themselves (OwnBonePaint.h), as seen from the camera.
 BonePaint BonePaint_Of(const ZScene& scene, const ZCamera& camera);
 /// Draws with the view matrix loaded, over everything and translucent, without a trace in the depth buffer: what is
 /// drawn next is hidden by surfaces, not by bones. `buffer` is overwritten.

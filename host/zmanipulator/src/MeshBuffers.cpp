@@ -100,6 +100,7 @@ void MeshBuffers::Free()
 {
     for (Buffer* buffer : {&m_points, &m_normals, &m_colours, &m_faces, &m_edges, &m_looseLines, &m_loosePoints})
         buffer->Free();
+    m_pictures.Free();
     m_known = m_edgesKnown = false;
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "Gl.h"
+#include "PictureBuffers.h"
 #include "zmodel/ZGeometryModels.h"
 
 #include <cstdint>
@@ -25,6 +26,8 @@ public:
 
     /// Filled triangles with their normals, coloured by the weights of the skin's display value while one is set.
     void DrawFaces() const;
+    /// The same with the pictures of the model's appearance; null when it shows none.
+    const PictureBuffers* Pictures() { return m_pictures.BringUpToDate(*m_model) ? &m_pictures : nullptr; }
     /// All edges of the polygons, or the lines of the grid.
     void DrawEdges() const;
     /// Polygons of one or two vertices, which have no face.
@@ -61,5 +64,6 @@ private:
     std::uint64_t m_deformVersion = 0, m_skinVersion = 0;
     int m_shownLink = -1;
     bool m_known = false, m_edgesKnown = false;
+    PictureBuffers m_pictures;
     Buffer m_points, m_normals, m_colours, m_faces, m_edges, m_looseLines, m_loosePoints;
 };

@@ -2,6 +2,7 @@
 #include "ViewerPainter.h"
 
 #include "BonePaint.h"
+#include "OwnBonePaint.h"
 #include "zmodel/ZScene.h"
 
 #include <algorithm>
@@ -161,8 +162,7 @@ void ZViewer::Painter::PaintModel(const ZViewer& viewer, ZModelGeometryBase& mod
         // Pushed back, so that points and lines on the surface show.
         glEnable(GL_POLYGON_OFFSET_FILL);
         glPolygonOffset(1, 1);
-        SetColour(kMeshColour, selected, kSelectedShare);
-        buffers.DrawFaces();
+        PaintFaces(viewer, selected, buffers);
         glDisable(GL_POLYGON_OFFSET_FILL);
         glDisable(GL_LIGHTING);
     }
@@ -178,10 +178,24 @@ void ZViewer::Painter::PaintModel(const ZViewer& viewer, ZModelGeometryBase& mod
     buffers.DrawLoose();
 }
 
+/// Weights shown as colours go before pictures.
+void ZViewer::Painter::PaintFaces(const ZViewer& viewer, bool selected, MeshBuffers& buffers) const
+{
+    const PictureBuffers* const pictures =
+        viewer.m_showPictures && !buffers.HasColours() ? buffers.Pictures() : nullptr;
+    if (pictures != nullptr) {
+        pictures->Draw([selected](const float(&colour)[3]) { SetColour(colour, selected, kSelectedShare); });
+        return;
+    }
+    SetColour(kMeshColour, selected, kSelectedShare);
+    buffers.DrawFaces();
+}
+
 void ZViewer::Painter::PaintBones(ZViewer& viewer, PainterContext& context) const
 {
     const BonePaint paint = BonePaint_Of(*viewer.m_scene, viewer.m_camera);
     BonePaint_Draw(paint, context.GetScratch());
+    OwnBonePaint_Draw(*viewer.m_scene, viewer.m_camera.ViewMatrix());
 }
 
 void ZViewer::Painter::PaintPickRect(const ZViewer& viewer) const

@@ -51,6 +51,7 @@ private:
     void LoadCamera(ZCamera& camera) const;
     void PaintModels(ZViewer& viewer, PainterContext& context) const;
     void PaintModel(const ZViewer& viewer, ZModelGeometryBase& model, MeshBuffers& buffers) const;
+    void PaintFaces(const ZViewer& viewer, bool selected, MeshBuffers& buffers) const;
     void PaintBones(ZViewer& viewer, PainterContext& context) const;
     void PaintPickRect(const ZViewer& viewer) const;
     void MakeOpaque() const;

@@ -195,9 +195,3 @@ ZManipulatorSet* ZManipulator_GetManipulatorSet()
 int ZManipulator_GetManipulationUnselect() { return s_unselect; }
 void ZManipulator_SetManipulationUnselect(int bits) { s_unselect = bits; }
 ZViewer* ZManipulator_ViewerGet(const ZManipulatorInput& input) { return input.viewer; }
-
-ZTransformManager* ZTransformManager::TheOne()
-{
-    static ZTransformManager manager;
-    return &manager;
-}

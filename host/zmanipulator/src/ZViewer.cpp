@@ -94,6 +94,8 @@ ZViewer::~ZViewer()
     m_redraw = nullptr;
     CancelGesture();
     Viewers().erase(std::find(Viewers().begin(), Viewers().end(), this));
+    if (Viewers().empty())
+        ZTransformManager::TheOne()->EndPosing(); // a later session begins without
     const ZManipulatorInput* const previous = ZManipulator::GetPreviousInput();
     if (previous != nullptr && previous->viewer == this)
         ZManipulator::ClearPreviousInput();
@@ -192,6 +194,12 @@ void ZViewer::SetShowBones(bool show)
 void ZViewer::SetShowGrid(bool show)
 {
     m_showGrid = show;
+    Invalidate();
+}
+
+void ZViewer::SetShowPictures(bool show)
+{
+    m_showPictures = show;
     Invalidate();
 }
 

@@ -7,8 +7,8 @@
 #include <algorithm>
 #include <cfloat>
 #include <cmath>
+#include <cstddef>
 #include <cstring>
-#include <numeric>
 
 namespace {
 
@@ -36,6 +36,8 @@ constexpr float kLargestSum = 1e30F;
 /// A weight that is no number takes no part: it must not spoil what the others say.
 bool IsUsable(double weight) { return std::abs(weight) <= static_cast<double>(FLT_MAX); }
 
+bool Normalises(ZSkin& skin) { return skin.DeformMode() != kDeformAdditive && skin.DeformMode() != kDeformTotal100; }
+
 } // namespace
 
 struct SkinPose::EntryRange
@@ -46,75 +48,6 @@ struct SkinPose::EntryRange
     int next; ///< first entry that has not been passed
     int count;
 };
-
-void SkinPose::PlaceLink(LinkState& state, const ZgeMatrix& inverseBind, const ZgeMatrix& toModel) const
-{
-    ZgeMatrix carried = inverseBind * state.bone->GetTransformMatrix(true) * toModel;
-    const ZgeVector3 middle = ZgeTransformPoint(m_middle, carried);
-    carried(3, 0) = middle.x - m_middle.x;
-    carried(3, 1) = middle.y - m_middle.y;
-    carried(3, 2) = middle.z - m_middle.z;
-    for (int axis = 0; axis < 3; ++axis)
-        carried(axis, axis) -= 1;
-    state.takesPart = true;
-    for (int row = 0; row < 4; ++row) {
-        for (int column = 0; column < 3; ++column) {
-            state.rows[row][column] = static_cast<float>(carried(row, column));
-            state.takesPart = state.takesPart && std::isfinite(state.rows[row][column]);
-        }
-        state.rows[row][3] = row == 3 ? 1.0F : 0.0F;
-    }
-}
-
-bool SkinPose::Update(ZSkin& skin, const ZgeVector3& middle, const ZTransformNode& model)
-{
-    const bool sameLinks =
-        m_linkVersion == skin.GetLinkVersion() && m_links.size() == static_cast<size_t>(skin.LinkCount());
-    const bool sameEntries = m_entryVersion == skin.GetVersion();
-    const bool all = !sameLinks || m_modelVersion != model.GetTransformVersion() || !(m_middle == middle);
-    bool changed = all || !sameEntries;
-    if (!sameEntries)
-        SortDisorderedLinks(skin);
-    m_linkVersion = skin.GetLinkVersion();
-    m_entryVersion = skin.GetVersion();
-    m_modelVersion = model.GetTransformVersion();
-    m_middle = middle;
-    m_links.resize(static_cast<size_t>(skin.LinkCount()));
-    const ZgeMatrix toModel = ZgeInverse(model.GetTransformMatrix(true), &m_singular);
-    for (int link = 0; link < skin.LinkCount(); ++link) {
-        LinkState& state = m_links[static_cast<size_t>(link)];
-        const ZTransformNode* const bone = skin.LinkModel(link);
-        const std::uint64_t version = bone != nullptr ? bone->GetTransformVersion() : 0;
-        if (!all && state.bone == bone && state.boneVersion == version)
-            continue;
-        changed = true;
-        state.bone = bone;
-        state.boneVersion = version;
-        state.takesPart = false;
-        if (bone != nullptr)
-            PlaceLink(state, skin.GetInverseBind(link), toModel);
-    }
-    return changed;
-}
-
-void SkinPose::SortDisorderedLinks(ZSkin& skin)
-{
-    m_sorted.clear();
-    for (int link = 0; link < static_cast<int>(skin.LinkCount()); ++link) {
-        if (skin.AreEntriesAscending(link))
-            continue;
-        m_sorted.resize(static_cast<size_t>(skin.LinkCount()));
-        const ZArrayTemplate<int>& vertices = skin.GetEntryVertices(link);
-        std::vector<int> order(static_cast<size_t>(vertices.GetCount()));
-        std::iota(order.begin(), order.end(), 0);
-        std::stable_sort(order.begin(), order.end(), [&](int a, int b) { return vertices[a] < vertices[b]; });
-        SortedEntries& sorted = m_sorted[static_cast<size_t>(link)];
-        for (const int entry : order) {
-            sorted.vertices.push_back(vertices[entry]);
-            sorted.weights.push_back(skin.GetEntryWeights(link)[entry]);
-        }
-    }
-}
 
 std::vector<SkinPose::EntryRange> SkinPose::CollectEntries(ZSkin& skin) const
 {
@@ -160,7 +93,7 @@ void SkinPose::AddNormalisedOffset(const std::vector<EntryRange>& entries, int v
 void SkinPose::Deform(ZSkin& skin, const float* points, float* deformed, int count) const
 {
     const std::vector<EntryRange> entries = CollectEntries(skin);
-    const bool normalise = skin.DeformMode() != kDeformAdditive && skin.DeformMode() != kDeformTotal100;
+    const bool normalise = Normalises(skin);
     ParallelFor(count, kParallelGrain, [&](int begin, int end) {
         std::vector<EntryRange> own = entries;
         for (EntryRange& range : own)
@@ -170,54 +103,144 @@ void SkinPose::Deform(ZSkin& skin, const float* points, float* deformed, int cou
     });
 }
 
+void SkinPose::DeformSome(ZSkin& skin, const float* points, float* deformed, const std::vector<int>& vertices) const
+{
+    const std::vector<EntryRange> entries = CollectEntries(skin);
+    const bool normalise = Normalises(skin);
+    ParallelFor(static_cast<int>(vertices.size()), kParallelGrain, [&](int begin, int end) {
+        std::vector<EntryRange> own = entries;
+        DeformListed(own, normalise, points, deformed, vertices.data() + begin, vertices.data() + end);
+    });
+}
+
+// Order of additions: a vertex's links in link order, whatever the blocks and threads, and whether all vertices are
+// computed or some: the two loops below give a vertex the same bits.
+
+/// What both loops know of a block of vertices, and the one thing that they do for an entry.
+struct SkinPose::Block
+{
+    explicit Block(const ZgeVector3& about, const float* undeformed)
+        : middle{static_cast<float>(about.x), static_cast<float>(about.y), static_cast<float>(about.z), 0},
+          points(undeformed)
+    {
+    }
+    void Clear(int count) { std::memset(sums, 0, sizeof(float) * 4 * static_cast<size_t>(count)); }
+    float* SumOf(int place) { return sums + 4 * static_cast<size_t>(place); }
+
+    alignas(16) float sums[4 * kBlock];
+    Float4 middle;
+    const float* points;
+};
+
+namespace {
+
+/// The displacement rows of a link, ready for use.
+struct Rows
+{
+    explicit Rows(const float (&rows)[4][4])
+        : row0(Load(rows[0])), row1(Load(rows[1])), row2(Load(rows[2])), row3(Load(rows[3]))
+    {
+    }
+    void AddTo(float* sum, const float* point, Float4 middle, double weight) const
+    {
+        if (!IsUsable(weight))
+            return;
+        const Float4 p = Load(point) - middle;
+        const Float4 offset = Spread(p[0]) * row0 + Spread(p[1]) * row1 + Spread(p[2]) * row2 + row3;
+        Store(sum, Load(sum) + Spread(static_cast<float>(weight)) * offset);
+    }
+    Float4 row0, row1, row2, row3;
+};
+
+/// The first place at or after `from` in a rising list whose number is not below `wanted`: in steps that double, so
+/// that a near one is found at once and a far one in few looks.
+int FindFrom(const int* rising, int from, int count, int wanted)
+{
+    int step = 1;
+    int below = from;
+    while (below < count && rising[below] < wanted) {
+        from = below + 1;
+        below += step;
+        step *= 2;
+    }
+    return static_cast<int>(std::lower_bound(rising + from, rising + std::min(below, count), wanted) - rising);
+}
+
+} // namespace
+
 void SkinPose::DeformRange(std::vector<EntryRange>& entries, bool normalise, const float* points, float* deformed,
                            int begin, int end) const
 {
-    // Order of additions: a vertex's links in link order, whatever the blocks and threads.
-    alignas(16) float sums[4 * kBlock];
-    const Float4 middle{static_cast<float>(m_middle.x), static_cast<float>(m_middle.y), static_cast<float>(m_middle.z),
-                        0};
+    Block block(m_middle, points);
     for (int first = begin; first < end; first += kBlock) {
         const int last = std::min(end - first, kBlock) + first;
-        std::memset(sums, 0, sizeof(float) * 4 * static_cast<size_t>(last - first));
+        block.Clear(last - first);
         for (EntryRange& range : entries) {
-            const Float4 row0 = Load(range.link->rows[0]);
-            const Float4 row1 = Load(range.link->rows[1]);
-            const Float4 row2 = Load(range.link->rows[2]);
-            const Float4 row3 = Load(range.link->rows[3]);
+            const Rows rows(range.link->rows);
             int entry = range.next;
             for (; entry < range.count && range.vertices[entry] < last; ++entry) {
-                const double weight = range.weights[entry];
-                // A weight that is no number takes no part; it must not spoil what the others say.
-                if (!IsUsable(weight))
-                    continue;
                 const int vertex = range.vertices[entry];
-                const Float4 p = Load(points + 4 * static_cast<size_t>(vertex)) - middle;
-                float* const sum = sums + 4 * static_cast<size_t>(vertex - first);
-                const Float4 offset = Spread(p[0]) * row0 + Spread(p[1]) * row1 + Spread(p[2]) * row2 + row3;
-                Store(sum, Load(sum) + Spread(static_cast<float>(weight)) * offset);
+                rows.AddTo(block.SumOf(vertex - first), points + 4 * static_cast<size_t>(vertex), block.middle,
+                           range.weights[entry]);
             }
             range.next = entry;
         }
-        for (int vertex = first; vertex < last; ++vertex) {
-            const Float4 sum = Load(sums + 4 * static_cast<size_t>(vertex - first));
-            float* const place = deformed + 4 * static_cast<size_t>(vertex);
-            const Float4 point = Load(points + 4 * static_cast<size_t>(vertex));
-            const float total = std::abs(sum[3]);
-            if (!normalise) {
-                Store(place, point + sum);
-            } else if (total >= kSmallestSum && total <= kLargestSum) {
-                Store(place, point + sum / Spread(sum[3]));
-            } else {
-                Store(place, point);
-                float relative[4];
-                Store(relative, point - middle);
-                if (total != 0)
-                    AddNormalisedOffset(entries, vertex, relative, place);
-            }
-            place[3] = 1;
-        }
+        for (int vertex = first; vertex < last; ++vertex)
+            PlaceVertex(entries, normalise, block, vertex, block.SumOf(vertex - first),
+                        deformed + 4 * static_cast<size_t>(vertex));
     }
+}
+
+void SkinPose::DeformListed(std::vector<EntryRange>& entries, bool normalise, const float* points, float* deformed,
+                            const int* begin, const int* end) const
+{
+    Block block(m_middle, points);
+    for (const int* first = begin; first < end; first += kBlock) {
+        const int count = static_cast<int>(std::min<std::ptrdiff_t>(end - first, kBlock));
+        block.Clear(count);
+        for (EntryRange& range : entries) {
+            const Rows rows(range.link->rows);
+            int place = 0;
+            // Both lists rise: each jumps to where the other one is.
+            while (place < count) {
+                range.next = FindFrom(range.vertices, range.next, range.count, first[place]);
+                if (range.next == range.count)
+                    break;
+                const int vertex = range.vertices[range.next];
+                place = FindFrom(first, place, count, vertex);
+                if (place == count || first[place] != vertex)
+                    continue;
+                for (; range.next < range.count && range.vertices[range.next] == vertex; ++range.next)
+                    rows.AddTo(block.SumOf(place), points + 4 * static_cast<size_t>(vertex), block.middle,
+                               range.weights[range.next]);
+                ++place;
+            }
+        }
+        for (int place = 0; place < count; ++place)
+            PlaceVertex(entries, normalise, block, first[place], block.SumOf(place),
+                        deformed + 4 * static_cast<size_t>(first[place]));
+    }
+}
+
+/// From the sum over a vertex's links to its deformed place.
+void SkinPose::PlaceVertex(const std::vector<EntryRange>& entries, bool normalise, const Block& block, int vertex,
+                           const float* sumOfLinks, float* place)
+{
+    const Float4 sum = Load(sumOfLinks);
+    const Float4 point = Load(block.points + 4 * static_cast<size_t>(vertex));
+    const float total = std::abs(sum[3]);
+    if (!normalise) {
+        Store(place, point + sum);
+    } else if (total >= kSmallestSum && total <= kLargestSum) {
+        Store(place, point + sum / Spread(sum[3]));
+    } else {
+        Store(place, point);
+        float relative[4];
+        Store(relative, point - block.middle);
+        if (total != 0)
+            AddNormalisedOffset(entries, vertex, relative, place);
+    }
+    place[3] = 1;
 }
 
 void MorphPositions(const float* points, const std::vector<ZMorphTarget>& targets, const std::vector<float>& weights,

@@ -18,14 +18,24 @@
 class SkinPose
 {
 public:
-    /// Brings the displacements up to date; true when one differs from before. `middle` is where the model lies.
-    /// Links without a bone, or whose matrix is no number, take no part.
-    bool Update(ZSkin& skin, const ZgeVector3& middle, const ZTransformNode& model);
+    enum class Change
+    {
+        None,
+        Some, ///< of the vertices that Update names
+        All
+    };
+    /// Brings the displacements up to date and says for which vertices something differs from before: those whose
+    /// weights changed and those of links that moved, rising and without repeats in `touched`; where these are many,
+    /// for all. `middle` is where the model lies. Links without a bone, with an option other than 0, or whose matrix is
+    /// no number take no part.
+    Change Update(ZSkin& skin, const ZgeVector3& middle, const ZTransformNode& model, std::vector<int>& touched);
     /// The model's global matrix has no inverse: nothing can be carried into its space.
     bool IsSingular() const { return m_singular; }
 
     /// Deforms `count` points (x, y, z, 1 each) into `deformed`, which may not be `points`.
     void Deform(ZSkin& skin, const float* points, float* deformed, int count) const;
+    /// The same for some of the vertices, rising and without repeats: the same bits as Deform gives them.
+    void DeformSome(ZSkin& skin, const float* points, float* deformed, const std::vector<int>& vertices) const;
 
 private:
     struct LinkState
@@ -37,21 +47,32 @@ private:
     };
     struct SortedEntries
     {
+        std::uint64_t listVersion = 0; ///< of the link's entries when they were sorted
         std::vector<int> vertices;
+        std::vector<int> entries; ///< of the link
         std::vector<double> weights;
     };
     struct EntryRange;
+    struct Block;
 
+    bool PlaceLinks(ZSkin& skin, const ZTransformNode& model, bool all, std::vector<int>& moved);
     void PlaceLink(LinkState& state, const ZgeMatrix& inverseBind, const ZgeMatrix& toModel) const;
-    void SortDisorderedLinks(ZSkin& skin);
+    void KeepSorted(ZSkin& skin, const std::vector<int>* touched);
+    static void SortEntries(ZSkin& skin, int link, SortedEntries& sorted);
+    static bool AddVerticesOf(ZSkin& skin, const std::vector<int>& links, std::vector<int>& touched);
     std::vector<EntryRange> CollectEntries(ZSkin& skin) const;
     static void AddNormalisedOffset(const std::vector<EntryRange>& entries, int vertex, const float* point,
                                     float* place);
     void DeformRange(std::vector<EntryRange>& entries, bool normalise, const float* points, float* deformed, int begin,
                      int end) const;
+    void DeformListed(std::vector<EntryRange>& entries, bool normalise, const float* points, float* deformed,
+                      const int* begin, const int* end) const;
+    static void PlaceVertex(const std::vector<EntryRange>& entries, bool normalise, const Block& block, int vertex,
+                            const float* sum, float* place);
 
     std::vector<LinkState> m_links;
     std::vector<SortedEntries> m_sorted; ///< of links whose vertices do not rise; empty for the others
+    std::uint64_t m_touchMark = 0;       ///< of the skin, at the last update
     ZgeVector3 m_middle;
     std::uint64_t m_linkVersion = 0;
     std::uint64_t m_entryVersion = 0;

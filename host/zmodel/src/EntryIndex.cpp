@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <limits>
 
 namespace {
 
@@ -87,21 +88,75 @@ int EntryIndex::FindHashed(const ZArrayTemplate<int>& vertices, int vertex) cons
     return -1;
 }
 
-void EntryIndex::Appended(const ZArrayTemplate<int>& vertices)
+void EntryIndex::Appended(const ZArrayTemplate<int>& vertices, int begin)
 {
-    const int entry = vertices.GetCount() - 1;
-    const int vertex = vertices[entry];
-    if (m_form == Form::Run && (entry == 0 || vertex == m_first + m_range)) {
-        m_first = entry == 0 ? vertex : m_first;
-        ++m_range;
-    } else if (m_form == Form::Table && InRange(vertex)) {
+    const int count = vertices.GetCount();
+    for (int entry = begin; entry < count; ++entry) {
+        if (m_form == Form::Table)
+            entry = AppendToTable(vertices, entry);
+        if (entry < count && !AppendOne(vertices, entry)) {
+            // Outgrown. A run with its first gap or a full hash takes the form that suits what is there now. A table
+            // that became too sparse becomes a hash, and a hash is left only after growing by half, so appending stays
+            // linear in all.
+            if (m_form == Form::Table)
+                BuildHash(vertices);
+            else
+                Build(vertices);
+            return;
+        }
+    }
+}
+
+/// Answers the first entry that the table could not take.
+int EntryIndex::AppendToTable(const ZArrayTemplate<int>& vertices, int entry)
+{
+    for (; entry < vertices.GetCount(); ++entry) {
+        const int vertex = vertices[entry];
+        if (!InRange(vertex))
+            break;
         int& slot = m_slots[static_cast<size_t>(vertex - m_first)];
         slot = slot < 0 ? entry : slot;
-    } else if (m_form == Form::Hash && static_cast<size_t>(entry) * 4 < m_slots.size() * 3) {
-        InsertHashed(vertices, entry);
-    } else {
-        // Outgrown. A hash takes whatever follows and is built anew only after growing by half, so appending stays
-        // linear in all.
-        BuildHash(vertices);
     }
+    return entry;
+}
+
+/// False when the form cannot take it.
+bool EntryIndex::AppendOne(const ZArrayTemplate<int>& vertices, int entry)
+{
+    const int vertex = vertices[entry];
+    switch (m_form) {
+    case Form::Run:
+        if (m_range != 0 && vertex != m_first + m_range)
+            return false;
+        m_first = m_range == 0 ? vertex : m_first;
+        ++m_range;
+        return true;
+    case Form::Table:
+        if (!Widen(vertex, entry + 1))
+            return false;
+        m_slots[static_cast<size_t>(vertex - m_first)] = entry;
+        return true;
+    default:
+        if (static_cast<size_t>(entry) * 4 >= m_slots.size() * 3)
+            return false;
+        InsertHashed(vertices, entry);
+        return true;
+    }
+}
+
+/// Makes a table reach `vertex`, when it is dense enough then. Room is made for more than was asked, so that entries
+/// that come one by one, upwards or downwards, move the table rarely.
+bool EntryIndex::Widen(int vertex, int entryCount)
+{
+    const int end = m_first + m_range;
+    const int slack = m_range / 4;
+    const int newFirst = vertex < m_first ? std::max(0, vertex - slack) : m_first;
+    const int newEnd = vertex >= end ? vertex + 1 + std::min(slack, std::numeric_limits<int>::max() - 1 - vertex) : end;
+    if ((newEnd - newFirst) / 2 > entryCount + slack)
+        return false;
+    m_slots.insert(m_slots.begin(), static_cast<size_t>(m_first - newFirst), -1);
+    m_slots.resize(static_cast<size_t>(newEnd - newFirst), -1);
+    m_first = newFirst;
+    m_range = newEnd - newFirst;
+    return true;
 }

@@ -11,7 +11,7 @@
 /// hundred bones on a million vertices cost no more than a few bytes an entry:
 ///   run    vertices follow each other without a gap: entry = vertex - first, no memory;
 ///   table  at least half of the vertices between the lowest and the highest have an entry: one int a vertex of that
-///          range (at most 8 bytes an entry);
+///          range (8 bytes an entry at most, twice that while it grows);
 ///   hash   anything else: open addressing over entry numbers, half full when built (8 bytes an entry) and three
 ///          quarters at most.
 /// When a vertex has several entries, the first is found.
@@ -33,8 +33,8 @@ public:
             return FindHashed(vertices, vertex);
         }
     }
-    /// The last element of `vertices` was just appended: keeps the index true.
-    void Appended(const ZArrayTemplate<int>& vertices);
+    /// The elements of `vertices` from `begin` on were just appended: keeps the index true.
+    void Appended(const ZArrayTemplate<int>& vertices, int begin);
     size_t GetHeapBytes() const { return m_slots.capacity() * sizeof(int); }
 
 private:
@@ -50,6 +50,9 @@ private:
     int FindHashed(const ZArrayTemplate<int>& vertices, int vertex) const;
     void BuildTable(const ZArrayTemplate<int>& vertices);
     void BuildHash(const ZArrayTemplate<int>& vertices);
+    int AppendToTable(const ZArrayTemplate<int>& vertices, int entry);
+    bool AppendOne(const ZArrayTemplate<int>& vertices, int entry);
+    bool Widen(int vertex, int entryCount);
     void InsertHashed(const ZArrayTemplate<int>& vertices, int entry);
 
     Form m_form = Form::None;

@@ -3,9 +3,11 @@
 #pragma once
 
 #include "EntryIndex.h"
+#include "TouchedLog.h"
 #include "zmodel/ZModel.h"
 #include "zmodel/ZSkin.h"
 
+#include <algorithm>
 #include <unordered_map>
 
 struct ZSkin::Link
@@ -24,7 +26,24 @@ struct ZSkin::Link
         vertices.Add(vertex);
         weights.Add(weight);
         if (index.IsBuilt())
-            index.Appended(vertices);
+            index.Appended(vertices, vertices.GetCount() - 1);
+    }
+    /// The same for many at once; all of them are vertices of the owner.
+    void AppendMany(const int* newVertices, const double* newWeights, int count)
+    {
+        const int begin = vertices.GetCount();
+        vertices.ReserveMore(count);
+        weights.ReserveMore(count);
+        vertices.SetCountUninitialised(begin + count);
+        weights.SetCountUninitialised(begin + count);
+        std::copy_n(newVertices, count, vertices.GetData() + begin);
+        std::copy_n(newWeights, count, weights.GetData() + begin);
+        for (int i = 0; i < count; ++i) {
+            ascending = ascending && newVertices[i] > highest;
+            highest = std::max(highest, newVertices[i]);
+        }
+        if (index.IsBuilt())
+            index.Appended(vertices, begin);
     }
     /// Whoever asks for vertices in rising order mostly asks for one of the next few entries: those are in the same
     /// cache line, and as long as that goes well no index is needed at all.
@@ -59,6 +78,7 @@ struct ZSkin::Link
         weights.RemoveAll();
         index.Drop();
         RestartOrder();
+        ++clearings;
     }
     void RestartOrder()
     {
@@ -74,6 +94,7 @@ struct ZSkin::Link
     bool ascending = true;
     int highest = -1; ///< vertex, while ascending
     int cursor = 0;   ///< where Find begins to look
+    unsigned clearings = 0;
     EntryIndex index;
     ZModel* bone;
     int option = 0;
@@ -89,6 +110,7 @@ struct ZSkin::State
     std::vector<std::unique_ptr<Link>> links;
     std::unordered_map<const ZTransformNode*, int> linkOfBone; ///< first link of each bone
     std::uint64_t linkVersion = 1;
+    TouchedLog touched; ///< vertices whose weights changed
     int normalisedCount = 0;
     std::vector<double> sumsBefore; ///< of every vertex when a rewrite began
 

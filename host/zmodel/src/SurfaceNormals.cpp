@@ -3,6 +3,7 @@
 // sum.
 #include "SurfaceNormals.h"
 
+#include "TouchedLog.h"
 #include "WorkerPool.h"
 
 #include <cmath>
@@ -51,51 +52,66 @@ void SurfaceNormals::SetPolygons(int vertexCount, const std::vector<int>& polygo
 
 void SurfaceNormals::Compute(const float* points, float* normals)
 {
-    ComputeAreas(points);
-    Gather(normals);
-}
-
-void SurfaceNormals::ComputeAreas(const float* points)
-{
     const int polygonCount = static_cast<int>(m_firstCorner.size()) - 1;
     ParallelFor(polygonCount, kParallelGrain, [&](int begin, int end) {
-        for (int polygon = begin; polygon < end; ++polygon) {
-            const int* corner = m_corners.data() + m_firstCorner[static_cast<size_t>(polygon)];
-            const int* const last = m_corners.data() + m_firstCorner[static_cast<size_t>(polygon) + 1];
-            float* const area = m_areaVectors.data() + 4 * static_cast<size_t>(polygon);
-            area[0] = area[1] = area[2] = area[3] = 0;
-            if (last - corner < 3)
-                continue;
-            // The fan from the first corner sums to the area vector of any polygon, plane or not, convex or not.
-            const float* const o = points + 4 * static_cast<size_t>(*corner++);
-            const float* a = points + 4 * static_cast<size_t>(*corner++);
-            for (; corner != last; ++corner) {
-                const float* const b = points + 4 * static_cast<size_t>(*corner);
-                const float ax = a[0] - o[0], ay = a[1] - o[1], az = a[2] - o[2];
-                const float bx = b[0] - o[0], by = b[1] - o[1], bz = b[2] - o[2];
-                area[0] += ay * bz - az * by;
-                area[1] += az * bx - ax * bz;
-                area[2] += ax * by - ay * bx;
-                a = b;
-            }
-        }
+        for (int polygon = begin; polygon < end; ++polygon)
+            ComputeArea(polygon, points);
+    });
+    ParallelFor(m_vertexCount, kParallelGrain, [&](int begin, int end) {
+        for (int vertex = begin; vertex < end; ++vertex)
+            Gather(vertex, normals);
     });
 }
 
-void SurfaceNormals::Gather(float* normals) const
+void SurfaceNormals::ComputeAbout(const std::vector<int>& moved, const float* points, float* normals)
 {
-    ParallelFor(m_vertexCount, kParallelGrain, [&](int begin, int end) {
-        for (int vertex = begin; vertex < end; ++vertex) {
-            double x = 0, y = 0, z = 0;
-            const int last = m_firstPolygon[static_cast<size_t>(vertex) + 1];
-            for (int i = m_firstPolygon[static_cast<size_t>(vertex)]; i < last; ++i) {
-                const float* const area =
-                    m_areaVectors.data() + 4 * static_cast<size_t>(m_polygons[static_cast<size_t>(i)]);
-                x += static_cast<double>(area[0]);
-                y += static_cast<double>(area[1]);
-                z += static_cast<double>(area[2]);
-            }
-            StoreUnitNormal(x, y, z, normals + 4 * static_cast<size_t>(vertex));
-        }
-    });
+    std::vector<int> polygons;
+    for (const int vertex : moved)
+        polygons.insert(polygons.end(), m_polygons.begin() + m_firstPolygon[static_cast<size_t>(vertex)],
+                        m_polygons.begin() + m_firstPolygon[static_cast<size_t>(vertex) + 1]);
+    SortUnique(polygons);
+    std::vector<int> vertices;
+    for (const int polygon : polygons) {
+        ComputeArea(polygon, points);
+        vertices.insert(vertices.end(), m_corners.begin() + m_firstCorner[static_cast<size_t>(polygon)],
+                        m_corners.begin() + m_firstCorner[static_cast<size_t>(polygon) + 1]);
+    }
+    SortUnique(vertices);
+    for (const int vertex : vertices)
+        Gather(vertex, normals);
+}
+
+void SurfaceNormals::ComputeArea(int polygon, const float* points)
+{
+    const int* corner = m_corners.data() + m_firstCorner[static_cast<size_t>(polygon)];
+    const int* const last = m_corners.data() + m_firstCorner[static_cast<size_t>(polygon) + 1];
+    float* const area = m_areaVectors.data() + 4 * static_cast<size_t>(polygon);
+    area[0] = area[1] = area[2] = area[3] = 0;
+    if (last - corner < 3)
+        return;
+    // The fan from the first corner sums to the area vector of any polygon, plane or not, convex or not.
+    const float* const o = points + 4 * static_cast<size_t>(*corner++);
+    const float* a = points + 4 * static_cast<size_t>(*corner++);
+    for (; corner != last; ++corner) {
+        const float* const b = points + 4 * static_cast<size_t>(*corner);
+        const float ax = a[0] - o[0], ay = a[1] - o[1], az = a[2] - o[2];
+        const float bx = b[0] - o[0], by = b[1] - o[1], bz = b[2] - o[2];
+        area[0] += ay * bz - az * by;
+        area[1] += az * bx - ax * bz;
+        area[2] += ax * by - ay * bx;
+        a = b;
+    }
+}
+
+void SurfaceNormals::Gather(int vertex, float* normals) const
+{
+    double x = 0, y = 0, z = 0;
+    const int last = m_firstPolygon[static_cast<size_t>(vertex) + 1];
+    for (int i = m_firstPolygon[static_cast<size_t>(vertex)]; i < last; ++i) {
+        const float* const area = m_areaVectors.data() + 4 * static_cast<size_t>(m_polygons[static_cast<size_t>(i)]);
+        x += static_cast<double>(area[0]);
+        y += static_cast<double>(area[1]);
+        z += static_cast<double>(area[2]);
+    }
+    StoreUnitNormal(x, y, z, normals + 4 * static_cast<size_t>(vertex));
 }

@@ -14,10 +14,13 @@ public:
     void SetPolygons(int vertexCount, const std::vector<int>& polygons);
     /// `points` and `normals`: four floats a vertex.
     void Compute(const float* points, float* normals);
+    /// Compute was called before with the same arrays, and since then no other points than those of `moved` have
+    /// changed: brings the normals up to date about them, to the same bits as Compute would.
+    void ComputeAbout(const std::vector<int>& moved, const float* points, float* normals);
 
 private:
-    void ComputeAreas(const float* points);
-    void Gather(float* normals) const;
+    void ComputeArea(int polygon, const float* points);
+    void Gather(int vertex, float* normals) const;
 
     int m_vertexCount = 0;
     std::vector<int> m_corners;       ///< vertex numbers of all polygons

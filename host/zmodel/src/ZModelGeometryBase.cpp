@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Undeformed positions, morph weights and the deformed positions that follow from them and from the skin.
 #include "Deformer.h"
+#include "TouchedLog.h"
 #include "zbaselib/ZReport.h"
 #include "zmodel/ZGeometryModels.h"
 
@@ -20,6 +21,8 @@ struct ZModelGeometryBase::State
     std::vector<float> morphed; ///< empty without targets
 
     SkinPose pose;
+    std::vector<int> touched; ///< of the update under way
+    TouchedLog log;           ///< vertices that were placed anew
     std::vector<float> deformed;
     const float* result = nullptr; ///< base, morphed or deformed
     std::uint64_t version = 0;
@@ -27,6 +30,7 @@ struct ZModelGeometryBase::State
 
     const std::vector<float>& Weights() const { return animatedWeights.empty() ? fileWeights : animatedWeights; }
     const float* Morph();
+    void Log(bool all);
 };
 
 const float* ZModelGeometryBase::State::Morph()
@@ -38,6 +42,15 @@ const float* ZModelGeometryBase::State::Morph()
         MorphPositions(base.data(), targets, Weights(), morphed.data(), count);
     }
     return morphed.data();
+}
+
+void ZModelGeometryBase::State::Log(bool all)
+{
+    ++version;
+    if (all)
+        log.AddAll();
+    else
+        log.Add(touched.data(), touched.size());
 }
 
 ZModelGeometryBase::ZModelGeometryBase(const char* name, ZModelKind kind)
@@ -64,6 +77,7 @@ void ZModelGeometryBase::SetBasePositions(const float* positions, int count)
     }
     if (count != state.count)
         SetMorphTargets({});
+    state.log.Restart(count);
     state.count = count;
     state.base.resize(4 * static_cast<size_t>(count));
     ZgeBox box;
@@ -135,29 +149,41 @@ const float* ZModelGeometryBase::VertexPositions(int deformed)
 
 std::uint64_t ZModelGeometryBase::GetDeformVersion() const { return m_state->version; }
 
+std::uint64_t ZModelGeometryBase::GetDeformMark() const { return m_state->log.GetMark(); }
+
+bool ZModelGeometryBase::GetDeformedSince(std::uint64_t mark, std::vector<int>& vertices) const
+{
+    return m_state->log.GetSince(mark, vertices);
+}
+
 bool ZModelGeometryBase::UpdateDeformation()
 {
     State& state = *m_state;
-    bool changed = state.morphChanged;
+    bool all = state.morphChanged;
     const float* const points = state.Morph();
     state.morphChanged = false;
+    state.touched.clear();
     const float* result = points;
     if (m_skin && m_skin->LinkCount() > 0) {
-        changed = state.pose.Update(*m_skin, state.middle, *this) || changed;
+        all = state.pose.Update(*m_skin, state.middle, *this, state.touched) == SkinPose::Change::All || all;
         if (!state.pose.IsSingular()) {
             state.deformed.resize(state.base.size());
             result = state.deformed.data();
             state.saidSingular = false;
-            if (changed || state.result != result)
+            if (all || state.result != result)
                 state.pose.Deform(*m_skin, points, state.deformed.data(), state.count);
+            else if (!state.touched.empty())
+                state.pose.DeformSome(*m_skin, points, state.deformed.data(), state.touched);
         } else if (!state.saidSingular) {
             state.saidSingular = true;
             ZReport_Warning("'" + GetObjectName() +
                             "' is scaled to nothing: its skin cannot be carried into it, so it is shown undeformed.");
         }
     }
-    changed = changed || result != state.result;
+    all = all || result != state.result;
     state.result = result;
-    state.version += changed ? 1 : 0;
+    const bool changed = all || !state.touched.empty();
+    if (changed)
+        state.Log(all);
     return changed;
 }

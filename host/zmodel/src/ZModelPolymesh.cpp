@@ -3,6 +3,11 @@
 #include "SurfaceNormals.h"
 #include "zmodel/ZGeometryModels.h"
 
+namespace {
+/// Normals about a vertex touch its polygons and their corners: worth it while no more than this part has moved.
+constexpr size_t kFewVertices = 16;
+} // namespace
+
 struct ZModelPolymesh::Mesh
 {
     std::vector<int> polygons; ///< the last index of each complemented
@@ -12,6 +17,8 @@ struct ZModelPolymesh::Mesh
     std::vector<float> undeformedNormals; ///< empty until asked for
     std::vector<float> normals;
     std::uint64_t normalsVersion = 0; ///< of the deformed positions that `normals` belong to
+    std::uint64_t normalsMark = 0;
+    bool surfaceIsDeformed = false; ///< `surface` was last asked for `normals`
 
     void ComputeNormals(const float* points, int vertexCount, std::vector<float>& values);
 };
@@ -54,6 +61,7 @@ bool ZModelPolymesh::SetGeometry(const float* positions, int vertexCount, const 
     m_mesh->polygons = std::move(complemented);
     m_mesh->polygonCount = static_cast<int>(sizes.size());
     m_mesh->surfaceKnown = false;
+    m_mesh->surfaceIsDeformed = false;
     m_mesh->undeformedNormals.clear();
     m_mesh->normals.clear();
     return true;
@@ -72,13 +80,22 @@ const float* ZModelPolymesh::DisplayPositions(int deformed)
         return nullptr;
     Mesh& mesh = *m_mesh;
     if (deformed == 0) {
-        if (mesh.undeformedNormals.empty())
+        if (mesh.undeformedNormals.empty()) {
             mesh.ComputeNormals(points, VertexCount(), mesh.undeformedNormals);
+            mesh.surfaceIsDeformed = false;
+        }
         return mesh.undeformedNormals.data();
     }
     if (mesh.normals.empty() || mesh.normalsVersion != GetDeformVersion()) {
-        mesh.ComputeNormals(points, VertexCount(), mesh.normals);
+        std::vector<int> moved;
+        if (mesh.surfaceIsDeformed && GetDeformedSince(mesh.normalsMark, moved) &&
+            moved.size() <= static_cast<size_t>(VertexCount()) / kFewVertices)
+            mesh.surface.ComputeAbout(moved, points, mesh.normals.data());
+        else
+            mesh.ComputeNormals(points, VertexCount(), mesh.normals);
+        mesh.surfaceIsDeformed = true;
         mesh.normalsVersion = GetDeformVersion();
+        mesh.normalsMark = GetDeformMark();
     }
     return mesh.normals.data();
 }

@@ -7,6 +7,7 @@
 #include "zbaselib/ZReport.h"
 #include "zmodel/ZModel.h"
 
+#include <algorithm>
 #include <cmath>
 #include <string>
 
@@ -15,6 +16,7 @@ ZSkin::ZSkin(ZModel* owner, int vertexCount, int deformMode)
 {
     m_state->owner = owner;
     m_state->mode = deformMode;
+    m_state->touched.Restart(vertexCount);
 }
 
 ZSkin::~ZSkin() = default;
@@ -130,6 +132,7 @@ void ZSkin::EraseLink(int link)
         m_state->displayValue = -1;
     else if (m_state->displayValue > link)
         m_state->displayValue -= 1;
+    m_state->touched.AddAll();
     ++m_state->linkVersion;
     ++m_version;
 }
@@ -169,6 +172,7 @@ void ZSkin::AddEntry(int vertex, double weight)
         return;
     }
     m_current->Append(vertex, weight);
+    m_state->touched.Add(vertex);
     ++m_version;
 }
 
@@ -178,13 +182,19 @@ void ZSkin::AddEntries(const int* vertices, const double* weights, int count)
         NoCurrentLink("ISkinLinks::AddEntries");
         return;
     }
-    m_current->vertices.Reserve(m_current->vertices.GetCount() + count);
-    m_current->weights.Reserve(m_current->weights.GetCount() + count);
-    for (int i = 0; i < count; ++i) {
-        if (vertices[i] < 0 || vertices[i] >= m_vertexCount)
-            RefuseVertex("ISkinLinks::AddEntries", vertices[i]);
-        else
+    const auto isStranger = [this](int vertex) { return vertex < 0 || vertex >= m_vertexCount; };
+    if (std::none_of(vertices, vertices + count, isStranger)) {
+        m_current->AppendMany(vertices, weights, count);
+        m_state->touched.Add(vertices, static_cast<size_t>(count));
+    } else {
+        for (int i = 0; i < count; ++i) {
+            if (isStranger(vertices[i])) {
+                RefuseVertex("ISkinLinks::AddEntries", vertices[i]);
+                continue;
+            }
             m_current->Append(vertices[i], weights[i]);
+            m_state->touched.Add(vertices[i]);
+        }
     }
     ++m_version;
 }
@@ -240,18 +250,24 @@ void ZSkin::SetEntryWeight(double weight, int entry)
     double& held = m_current->weights[entry];
     if (held != weight) {
         held = weight;
+        m_state->touched.Add(m_current->vertices[entry]);
         ++m_version;
     }
 }
 
-void ZSkin::SetVertexWeights(const int* vertices, const double* weights, int count)
+int ZSkin::SetVertexWeights(const int* vertices, const double* weights, int count)
 {
     if (m_current == nullptr) {
         NoCurrentLink("ISkinLinks::SetVertexWeights");
-        return;
+        return count;
     }
-    for (int i = 0; i < count; ++i)
-        ZSkin::SetEntryWeight(weights[i], m_current->Find(vertices[i]));
+    int passedOver = 0;
+    for (int i = 0; i < count; ++i) {
+        const int entry = m_current->Find(vertices[i]);
+        ZSkin::SetEntryWeight(weights[i], entry);
+        passedOver += entry < 0 ? 1 : 0;
+    }
+    return passedOver;
 }
 
 int ZSkin::FindEntry(int vertex)
@@ -272,6 +288,7 @@ void ZSkin::ClearEntries()
         return;
     BeginRewrite();
     m_current->Clear();
+    m_state->touched.AddAll();
     ++m_version;
 }
 
@@ -311,10 +328,15 @@ void ZSkin::SetLinkBindTransform(const ZgeVector4& translation, const ZgeVector3
 
 void ZSkin::ResetLinkOption(int option)
 {
-    if (m_current == nullptr)
+    if (m_current == nullptr) {
         NoCurrentLink("ISkinLinks::ResetLinkOption");
-    else
-        m_current->option = option;
+        return;
+    }
+    if (m_current->option == option)
+        return;
+    m_current->option = option;
+    ++m_state->linkVersion;
+    ++m_version;
 }
 
 int ZSkin::DeformMode() { return m_state->mode; }

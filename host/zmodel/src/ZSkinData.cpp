@@ -36,6 +36,7 @@ void ZSkin::SetEntries(int link, ZArrayTemplate<int>&& vertices, ZArrayTemplate<
         target.ascending = target.ascending && vertex > target.highest;
         target.highest = vertex;
     }
+    m_state->touched.AddAll();
     ++m_version;
 }
 
@@ -70,6 +71,22 @@ int ZSkin::GetLinkOption(int link) const
 double ZSkin::GetDisplayValue() const { return m_state->displayValue; }
 
 std::uint64_t ZSkin::GetLinkVersion() const { return m_state->linkVersion; }
+
+std::uint64_t ZSkin::GetEntryListVersion(int link) const
+{
+    if (!HasLink("ZSkin::GetEntryListVersion", link))
+        return 0;
+    // Between two clearings entries are only appended: the count tells.
+    const Link& asked = *m_state->links[static_cast<size_t>(link)];
+    return (static_cast<std::uint64_t>(asked.clearings) << 32U) | static_cast<unsigned>(asked.vertices.GetCount());
+}
+
+std::uint64_t ZSkin::GetTouchMark() const { return m_state->touched.GetMark(); }
+
+bool ZSkin::GetTouchedSince(std::uint64_t mark, std::vector<int>& vertices) const
+{
+    return m_state->touched.GetSince(mark, vertices);
+}
 
 void ZSkin::BuildCsr(std::vector<int>& offsets, std::vector<int>& links, std::vector<double>& weights) const
 {

@@ -28,7 +28,7 @@ void ZtListBox::ClearRows()
     m_rows.clear();
     m_selectedCount = 0;
     m_noneBefore = 0;
-    MarkChanged();
+    TextsChanged();
 }
 
 void ZtListBox::AddRows(int count)
@@ -36,7 +36,7 @@ void ZtListBox::AddRows(int count)
     if (count <= 0)
         return;
     m_rows.insert(m_rows.end(), static_cast<size_t>(count), std::uint8_t{0});
-    MarkChanged();
+    TextsChanged();
 }
 
 bool ZtListBox::IsRowSelected(int row) const

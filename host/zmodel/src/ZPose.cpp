@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Poses made by hand, and their undo record.
-#include "desk/model/ZPoseChange.h"
+#include "zmodel/ZPose.h"
 
 #include "object/ZUndoStack.h"
 #include "zmodel/ZScene.h"
@@ -37,16 +37,21 @@ public:
     void TransactionClosed() override {}
     void Undo() override { Swap(); }
     void Redo() override { Swap(); }
-    const char* GetName() override { return "ZPoseChange"; }
+    const char* GetName() override { return "ZPose"; }
 
-    void Pose(ZModel& model, const std::optional<ZgeMatrix>& posed)
+    /// The model has been posed already.
+    void Keep(ZModel& model, const std::optional<ZgeMatrix>& before)
     {
         KeptPose pose;
         pose.handle.Set(&model);
         pose.model = &model;
-        pose.kept = model.GetPosedTransform();
-        model.SetPosedTransform(posed);
+        pose.kept = before;
         m_poses.push_back(std::move(pose));
+    }
+    void Pose(ZModel& model, const std::optional<ZgeMatrix>& posed)
+    {
+        Keep(model, model.GetPosedTransform());
+        model.SetPosedTransform(posed);
     }
 
 private:
@@ -82,6 +87,15 @@ void ZPose_Set(ZModel& model, const ZgeTRS& pose)
         return;
     auto record = std::make_unique<PoseUndo>();
     record->Pose(model, ZgeCompose(pose));
+    AddStep(kPoseStep + model.GetObjectName(), std::move(record));
+}
+
+void ZPose_AddStep(ZModel& model, const std::optional<ZgeMatrix>& before)
+{
+    if (model.GetPosedTransform() == before)
+        return;
+    auto record = std::make_unique<PoseUndo>();
+    record->Keep(model, before);
     AddStep(kPoseStep + model.GetObjectName(), std::move(record));
 }
 
