@@ -48,6 +48,9 @@ public:
     void* IQuery(int interfaceId, int flags) override;
     int VertexCount() override;
     const float* VertexPositions(int deformed) override;
+    /// The skin turns the model inside out, as where the mesh's node is mirrored and its bones are not. Normals are
+    /// turned then, so that they point outwards as they did. Of the last deformed positions that were asked for.
+    bool IsDeformationMirrored() const;
     /// Counts up when the deformed positions were computed anew.
     std::uint64_t GetDeformVersion() const;
     /// Which vertices got another deformed place: keep GetDeformMark's answer, and ask later for those since then.

@@ -31,6 +31,9 @@ public:
     Change Update(ZSkin& skin, const ZgeVector3& middle, const ZTransformNode& model, std::vector<int>& touched);
     /// The model's global matrix has no inverse: nothing can be carried into its space.
     bool IsSingular() const { return m_singular; }
+    /// More of the links turn the model's space inside out than keep it, as all do where the mesh's node is mirrored
+    /// and its skeleton is not: the deformed polygons run the other way round.
+    bool IsMirrored() const { return m_mirrored; }
 
     /// Deforms `count` points (x, y, z, 1 each) into `deformed`, which may not be `points`.
     void Deform(ZSkin& skin, const float* points, float* deformed, int count) const;
@@ -43,6 +46,7 @@ private:
         const ZTransformNode* bone = nullptr;
         std::uint64_t boneVersion = 0;
         bool takesPart = false;
+        bool mirrors = false;  ///< its matrix has a negative determinant
         float rows[4][4] = {}; ///< D about the middle; the fourth column counts weights: 0, 0, 0, 1
     };
     struct SortedEntries
@@ -55,6 +59,7 @@ private:
     struct EntryRange;
     struct Block;
 
+    void CountMirroringLinks();
     bool PlaceLinks(ZSkin& skin, const ZTransformNode& model, bool all, std::vector<int>& moved);
     void PlaceLink(LinkState& state, const ZgeMatrix& inverseBind, const ZgeMatrix& toModel) const;
     void KeepSorted(ZSkin& skin, const std::vector<int>* touched);
@@ -78,6 +83,7 @@ private:
     std::uint64_t m_entryVersion = 0;
     std::uint64_t m_modelVersion = 0;
     bool m_singular = false;
+    bool m_mirrored = false;
 };
 
 /// undeformed + sum of weight * displacement, x, y, z, 1 each. Targets of weight 0 are passed over.

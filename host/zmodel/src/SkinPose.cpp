@@ -45,7 +45,7 @@ SkinPose::Change SkinPose::Update(ZSkin& skin, const ZgeVector3& middle, const Z
 }
 
 /// Brings the links that moved, or all of them, to where they stand; true when the model's matrix lost or found its
-/// inverse.
+/// inverse, or the deformation began or ceased to mirror.
 bool SkinPose::PlaceLinks(ZSkin& skin, const ZTransformNode& model, bool all, std::vector<int>& moved)
 {
     const bool wasSingular = m_singular;
@@ -64,12 +64,23 @@ bool SkinPose::PlaceLinks(ZSkin& skin, const ZTransformNode& model, bool all, st
         if (bone != nullptr && skin.GetLinkOption(link) == 0)
             PlaceLink(state, skin.GetInverseBind(link), toModel);
     }
-    return m_singular != wasSingular;
+    const bool wasMirrored = m_mirrored;
+    CountMirroringLinks();
+    return m_singular != wasSingular || m_mirrored != wasMirrored;
+}
+
+void SkinPose::CountMirroringLinks()
+{
+    int more = 0;
+    for (const LinkState& state : m_links)
+        more += !state.takesPart ? 0 : state.mirrors ? 1 : -1;
+    m_mirrored = more > 0;
 }
 
 void SkinPose::PlaceLink(LinkState& state, const ZgeMatrix& inverseBind, const ZgeMatrix& toModel) const
 {
     ZgeMatrix carried = inverseBind * state.bone->GetTransformMatrix(true) * toModel;
+    state.mirrors = ZgeDeterminant3(carried) < 0;
     const ZgeVector3 middle = ZgeTransformPoint(m_middle, carried);
     carried(3, 0) = middle.x - m_middle.x;
     carried(3, 1) = middle.y - m_middle.y;

@@ -50,7 +50,7 @@ void SurfaceNormals::SetPolygons(int vertexCount, const std::vector<int>& polygo
     m_areaVectors.resize(4 * (m_firstCorner.size() - 1));
 }
 
-void SurfaceNormals::Compute(const float* points, float* normals)
+void SurfaceNormals::Compute(const float* points, double side, float* normals)
 {
     const int polygonCount = static_cast<int>(m_firstCorner.size()) - 1;
     ParallelFor(polygonCount, kParallelGrain, [&](int begin, int end) {
@@ -59,11 +59,11 @@ void SurfaceNormals::Compute(const float* points, float* normals)
     });
     ParallelFor(m_vertexCount, kParallelGrain, [&](int begin, int end) {
         for (int vertex = begin; vertex < end; ++vertex)
-            Gather(vertex, normals);
+            Gather(vertex, side, normals);
     });
 }
 
-void SurfaceNormals::ComputeAbout(const std::vector<int>& moved, const float* points, float* normals)
+void SurfaceNormals::ComputeAbout(const std::vector<int>& moved, const float* points, double side, float* normals)
 {
     std::vector<int> polygons;
     for (const int vertex : moved)
@@ -78,7 +78,7 @@ void SurfaceNormals::ComputeAbout(const std::vector<int>& moved, const float* po
     }
     SortUnique(vertices);
     for (const int vertex : vertices)
-        Gather(vertex, normals);
+        Gather(vertex, side, normals);
 }
 
 void SurfaceNormals::ComputeArea(int polygon, const float* points)
@@ -103,7 +103,7 @@ void SurfaceNormals::ComputeArea(int polygon, const float* points)
     }
 }
 
-void SurfaceNormals::Gather(int vertex, float* normals) const
+void SurfaceNormals::Gather(int vertex, double side, float* normals) const
 {
     double x = 0, y = 0, z = 0;
     const int last = m_firstPolygon[static_cast<size_t>(vertex) + 1];
@@ -113,5 +113,5 @@ void SurfaceNormals::Gather(int vertex, float* normals) const
         y += static_cast<double>(area[1]);
         z += static_cast<double>(area[2]);
     }
-    StoreUnitNormal(x, y, z, normals + 4 * static_cast<size_t>(vertex));
+    StoreUnitNormal(side * x, side * y, side * z, normals + 4 * static_cast<size_t>(vertex));
 }

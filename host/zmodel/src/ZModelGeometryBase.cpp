@@ -149,6 +149,11 @@ const float* ZModelGeometryBase::VertexPositions(int deformed)
 
 std::uint64_t ZModelGeometryBase::GetDeformVersion() const { return m_state->version; }
 
+bool ZModelGeometryBase::IsDeformationMirrored() const
+{
+    return m_state->result == m_state->deformed.data() && !m_state->deformed.empty() && m_state->pose.IsMirrored();
+}
+
 std::uint64_t ZModelGeometryBase::GetDeformMark() const { return m_state->log.GetMark(); }
 
 bool ZModelGeometryBase::GetDeformedSince(std::uint64_t mark, std::vector<int>& vertices) const

@@ -24,6 +24,15 @@ struct DerivedSet
     Derived vertexNormals;
 };
 
+/// A mirrored surface runs the other way round: its normals are turned, so that they stay on the side where they were.
+void ComputeNormals(NurbsGrid& grid, const float* controlPoints, bool mirrored, float* normals)
+{
+    grid.ComputeNormals(controlPoints, normals);
+    const size_t numbers = 4 * static_cast<size_t>(grid.GetWidth()) * static_cast<size_t>(grid.GetHeight());
+    for (size_t i = 0; mirrored && i < numbers; ++i)
+        normals[i] = -normals[i];
+}
+
 } // namespace
 
 struct ZModelNurbs::Surface
@@ -107,7 +116,7 @@ const float* ZModelNurbs::Derive(int deformed, bool vertices, bool normals)
     NurbsGrid& grid = vertices ? own.vertices : own.grid;
     derived.values.resize(4 * static_cast<size_t>(grid.GetWidth()) * static_cast<size_t>(grid.GetHeight()));
     if (normals)
-        grid.ComputeNormals(controlPoints, derived.values.data());
+        ComputeNormals(grid, controlPoints, deformed != 0 && IsDeformationMirrored(), derived.values.data());
     else
         grid.ComputePoints(controlPoints, derived.values.data());
     derived.version = version;

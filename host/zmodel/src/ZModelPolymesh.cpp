@@ -18,18 +18,19 @@ struct ZModelPolymesh::Mesh
     std::vector<float> normals;
     std::uint64_t normalsVersion = 0; ///< of the deformed positions that `normals` belong to
     std::uint64_t normalsMark = 0;
+    double normalsSide = 1;         ///< that `normals` were computed for
     bool surfaceIsDeformed = false; ///< `surface` was last asked for `normals`
 
-    void ComputeNormals(const float* points, int vertexCount, std::vector<float>& values);
+    void ComputeNormals(const float* points, int vertexCount, double side, std::vector<float>& values);
 };
 
-void ZModelPolymesh::Mesh::ComputeNormals(const float* points, int vertexCount, std::vector<float>& values)
+void ZModelPolymesh::Mesh::ComputeNormals(const float* points, int vertexCount, double side, std::vector<float>& values)
 {
     if (!surfaceKnown)
         surface.SetPolygons(vertexCount, polygons);
     surfaceKnown = true;
     values.resize(4 * static_cast<size_t>(vertexCount));
-    surface.Compute(points, values.data());
+    surface.Compute(points, side, values.data());
 }
 
 ZModelPolymesh::ZModelPolymesh(const char* name)
@@ -81,19 +82,21 @@ const float* ZModelPolymesh::DisplayPositions(int deformed)
     Mesh& mesh = *m_mesh;
     if (deformed == 0) {
         if (mesh.undeformedNormals.empty()) {
-            mesh.ComputeNormals(points, VertexCount(), mesh.undeformedNormals);
+            mesh.ComputeNormals(points, VertexCount(), 1, mesh.undeformedNormals);
             mesh.surfaceIsDeformed = false;
         }
         return mesh.undeformedNormals.data();
     }
     if (mesh.normals.empty() || mesh.normalsVersion != GetDeformVersion()) {
+        const double side = IsDeformationMirrored() ? -1 : 1;
         std::vector<int> moved;
-        if (mesh.surfaceIsDeformed && GetDeformedSince(mesh.normalsMark, moved) &&
+        if (mesh.surfaceIsDeformed && side == mesh.normalsSide && GetDeformedSince(mesh.normalsMark, moved) &&
             moved.size() <= static_cast<size_t>(VertexCount()) / kFewVertices)
-            mesh.surface.ComputeAbout(moved, points, mesh.normals.data());
+            mesh.surface.ComputeAbout(moved, points, side, mesh.normals.data());
         else
-            mesh.ComputeNormals(points, VertexCount(), mesh.normals);
+            mesh.ComputeNormals(points, VertexCount(), side, mesh.normals);
         mesh.surfaceIsDeformed = true;
+        mesh.normalsSide = side;
         mesh.normalsVersion = GetDeformVersion();
         mesh.normalsMark = GetDeformMark();
     }
