@@ -144,11 +144,11 @@ bool DocumentCommands::SaveTo(const QString& source, const QString& path, ZSaveO
     return true;
 }
 
-/// A file is opened or saved at this moment, and its window takes events: another one has to wait.
+/// A file is read or written at this moment, and its window takes events: another one has to wait.
 bool DocumentCommands::IsFree()
 {
     if (m_busy)
-        ZReport_Status("A file is being opened or saved: please wait");
+        ZReport_Status("A file is being read or written: please wait");
     return !m_busy;
 }
 
@@ -244,14 +244,19 @@ void DocumentCommands::SaveScreenshot()
 
 void DocumentCommands::ExportWeights()
 {
-    if (!HasDocument())
+    if (!HasDocument() || !IsFree())
         return;
     const QString path = QFileDialog::getSaveFileName(
         m_window, tr("Export Weights"), Preferences::LastFolder() + QStringLiteral("/weights.csv"), WeightTables());
     if (path.isEmpty())
         return;
     try {
-        m_desk.Documents().ExportWeights(path.toStdString());
+        const BusyFlag busy(m_busy);
+        const auto write = [work = m_desk.Documents().PrepareExport(path.toStdString())](const std::stop_token& stop) {
+            ZDocuments::WriteTable(*work, stop);
+            return true;
+        };
+        Waiting::Run(m_window, tr("Exporting %1 ...").arg(FileName(path)), WhenCancelled::Wait, write);
         ZReport_Status("Exported the weights to " + path.toStdString());
     } catch (const skindesk::gltf::FileError& error) {
         Complain(tr("Export Weights"), error.what());
@@ -260,21 +265,31 @@ void DocumentCommands::ExportWeights()
 
 void DocumentCommands::ImportWeights()
 {
-    if (!HasDocument())
+    if (!HasDocument() || !IsFree())
         return;
     const QString path =
         QFileDialog::getOpenFileName(m_window, tr("Import Weights"), Preferences::LastFolder(), WeightTables());
     if (path.isEmpty())
         return;
     try {
-        const ZImportReport report = m_desk.Documents().ImportWeights(path.toStdString());
+        const BusyFlag busy(m_busy);
+        const std::shared_ptr<ZTableWork> work = m_desk.Documents().PrepareImport(path.toStdString());
+        const auto read = [work](const std::stop_token& stop) {
+            ZDocuments::ReadTable(*work, stop);
+            return true;
+        };
+        if (!Waiting::Run(m_window, tr("Reading %1 ...").arg(FileName(path)), WhenCancelled::Leave, read)) {
+            ZReport_Status("Reading " + FileName(path).toStdString() + " was cancelled");
+            return;
+        }
+        const ZImportReport report = m_desk.Documents().FinishImport(*work);
         for (const std::string& line : report.unmatched)
             ZReport_Warning(line);
+        m_desk.AfterEvent();
         ZReport_Status("Imported weights: " + std::to_string(report.verticesChanged) + " vertices changed");
     } catch (const skindesk::gltf::FileError& error) {
         Complain(tr("Import Weights"), error.what());
     }
-    m_desk.AfterEvent();
 }
 
 void DocumentCommands::CloseAll()

@@ -16,6 +16,7 @@
 
 class ZModel;
 class ZSession;
+struct ZTableWork; ///< a table of weights on its way between file and scene
 
 struct ZSaveOptions
 {
@@ -121,9 +122,18 @@ public:
     /// step and is refused while a tool holds one of the models.
     void ExportWeights(const std::string& path);
     ZImportReport ImportWeights(const std::string& path);
+    /// The parts of both, for whoever shows that they take time: what is needed of the scene is taken from it, the file
+    /// is written or read on any thread, and what was read goes into the scene. A stop makes the part on the thread
+    /// throw FileError soon; then nothing has changed.
+    std::shared_ptr<ZTableWork> PrepareExport(const std::string& path);
+    static void WriteTable(ZTableWork& work, const std::stop_token& stop = {});
+    std::shared_ptr<ZTableWork> PrepareImport(const std::string& path);
+    static void ReadTable(ZTableWork& work, const std::stop_token& stop = {});
+    ZImportReport FinishImport(ZTableWork& work);
 
 private:
     struct Entry;
+    std::shared_ptr<ZTableWork> PrepareTable(const std::string& path, bool withWeights);
     void BringChangesUpToDate();
     Entry& FindSource(const std::string& source);
     const Entry* FindEntry(int document) const;

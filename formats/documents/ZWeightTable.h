@@ -3,6 +3,7 @@
 #pragma once
 
 #include <map>
+#include <stop_token>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,6 +24,7 @@ using ZWeightTable = std::map<std::string, std::vector<ZWeightRow>>;
 std::string ZWeightTable_ToCsv(const ZWeightTable& table);
 /// JSON: {"skindesk-weights": 1, "models": {PATH: [[vertex, bone, weight], ...]}}.
 std::string ZWeightTable_ToJson(const ZWeightTable& table);
-/// `path` is named in errors only. Throws skindesk::gltf::FileError with the line (CSV) or the place (JSON).
-ZWeightTable ZWeightTable_FromCsv(std::string_view text, const std::string& path);
+/// `path` is named in errors only. Throws skindesk::gltf::FileError with the line (CSV) or the place (JSON), and when a
+/// stop is asked for while lines are read.
+ZWeightTable ZWeightTable_FromCsv(std::string_view text, const std::string& path, const std::stop_token& stop = {});
 ZWeightTable ZWeightTable_FromJson(std::string_view text, const std::string& path);

@@ -136,19 +136,39 @@ private:
     VertexWeights m_before;
 };
 
-std::vector<ZWeightRow> RowsOf(ZSkin& skin)
+void CheckStop(const std::stop_token& stop, const std::string& path)
 {
-    const BoneNames names(skin);
-    std::vector<int> offsets, links;
+    if (stop.stop_requested())
+        throw FileError(path, "", "was stopped before it was done; nothing has changed");
+}
+
+/// One skinned model as far as a table needs it, on whatever thread.
+struct TableModel
+{
+    explicit TableModel(ZSkin& skin)
+        : names(skin), vertexCount(skin.GetVertexCount()), linkVersion(skin.GetLinkVersion())
+    {
+    }
+    BoneNames names;
+    int vertexCount;
+    std::uint64_t linkVersion;
+    std::vector<int> offsets, links; ///< of an export: its weights, vertex by vertex
     std::vector<double> weights;
-    skin.BuildCsr(offsets, links, weights);
+    bool isRead = false; ///< of an import: the table has rows for it
+    VertexWeights wanted;
+};
+
+std::vector<ZWeightRow> RowsOf(const TableModel& model, const std::stop_token& stop, const std::string& path)
+{
     std::vector<ZWeightRow> rows;
-    for (int vertex = 0; vertex < skin.GetVertexCount(); ++vertex) {
+    for (int vertex = 0; vertex < model.vertexCount; ++vertex) {
+        CheckStop(stop, path);
         const size_t before = rows.size();
-        for (int at = offsets[static_cast<size_t>(vertex)]; at < offsets[static_cast<size_t>(vertex) + 1]; ++at)
-            if (weights[static_cast<size_t>(at)] != 0.0)
-                rows.push_back(
-                    {vertex, names.NameOf(links[static_cast<size_t>(at)]), weights[static_cast<size_t>(at)]});
+        for (int at = model.offsets[static_cast<size_t>(vertex)]; at < model.offsets[static_cast<size_t>(vertex) + 1];
+             ++at)
+            if (model.weights[static_cast<size_t>(at)] != 0.0)
+                rows.push_back({vertex, model.names.NameOf(model.links[static_cast<size_t>(at)]),
+                                model.weights[static_cast<size_t>(at)]});
         if (rows.size() == before)
             rows.push_back({vertex, std::string(), 0.0});
     }
@@ -156,14 +176,14 @@ std::vector<ZWeightRow> RowsOf(ZSkin& skin)
 }
 
 /// Sorts a model's rows by vertex and turns names into links; what does not match goes to the report.
-VertexWeights Match(const std::string& path, ZSkin& skin, const std::vector<ZWeightRow>& rows, ZImportReport& report)
+VertexWeights Match(const std::string& path, const TableModel& model, const std::vector<ZWeightRow>& rows,
+                    ZImportReport& report)
 {
-    const BoneNames names(skin);
     std::vector<const ZWeightRow*> sorted;
     std::map<std::string, int> unknownBones;
     int unknownVertices = 0;
     for (const ZWeightRow& row : rows) {
-        if (row.vertex < skin.GetVertexCount())
+        if (row.vertex < model.vertexCount)
             sorted.push_back(&row);
         else
             ++unknownVertices;
@@ -172,7 +192,7 @@ VertexWeights Match(const std::string& path, ZSkin& skin, const std::vector<ZWei
                      [](const ZWeightRow* a, const ZWeightRow* b) { return a->vertex < b->vertex; });
     VertexWeights wanted;
     for (size_t i = 0; i < sorted.size(); ++i) {
-        const int link = names.LinkOf(sorted[i]->bone);
+        const int link = model.names.LinkOf(sorted[i]->bone);
         if (link >= 0 && !sorted[i]->bone.empty()) {
             wanted.links.push_back(link);
             wanted.weights.push_back(sorted[i]->weight);
@@ -187,7 +207,7 @@ VertexWeights Match(const std::string& path, ZSkin& skin, const std::vector<ZWei
                                    " rows)");
     if (unknownVertices > 0)
         report.unmatched.push_back(path + ": " + std::to_string(unknownVertices) + " rows name vertices beyond its " +
-                                   std::to_string(skin.GetVertexCount()));
+                                   std::to_string(model.vertexCount));
     return wanted;
 }
 
@@ -212,42 +232,92 @@ std::unordered_map<std::string, ZModel*> SkinnedModels(const ZScene& scene)
 
 } // namespace
 
-void ZDocuments::ExportWeights(const std::string& path)
+struct ZTableWork
 {
-    const bool json = IsJson(path);
+    std::string path;
+    bool json = false;
+    std::map<std::string, TableModel> models; ///< by path in the scene
+    ZImportReport report;
+};
+
+std::shared_ptr<ZTableWork> ZDocuments::PrepareTable(const std::string& path, bool withWeights)
+{
+    auto work = std::make_shared<ZTableWork>();
+    work->path = path;
+    work->json = IsJson(path);
+    for (const auto& [name, model] : SkinnedModels(m_session.GetScene())) {
+        ZSkin& skin = *model->GetSkin();
+        TableModel& taken = work->models.emplace(name, skin).first->second;
+        if (withWeights)
+            skin.BuildCsr(taken.offsets, taken.links, taken.weights);
+    }
+    return work;
+}
+
+void ZDocuments::ExportWeights(const std::string& path) { WriteTable(*PrepareExport(path)); }
+
+std::shared_ptr<ZTableWork> ZDocuments::PrepareExport(const std::string& path) { return PrepareTable(path, true); }
+
+void ZDocuments::WriteTable(ZTableWork& work, const std::stop_token& stop)
+{
     ZWeightTable table;
-    for (const auto& [name, model] : SkinnedModels(m_session.GetScene()))
-        table[name] = RowsOf(*model->GetSkin());
-    const std::string text = json ? ZWeightTable_ToJson(table) : ZWeightTable_ToCsv(table);
+    for (const auto& [name, model] : work.models)
+        table[name] = RowsOf(model, stop, work.path);
+    const std::string text = work.json ? ZWeightTable_ToJson(table) : ZWeightTable_ToCsv(table);
+    CheckStop(stop, work.path);
     const std::span<const std::uint8_t> bytes(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
-    skindesk::gltf::ReplaceFile(path, {&bytes, 1});
+    skindesk::gltf::ReplaceFile(work.path, {&bytes, 1});
 }
 
 ZImportReport ZDocuments::ImportWeights(const std::string& path)
 {
-    const bool json = IsJson(path);
-    const skindesk::gltf::ByteBlock bytes = skindesk::gltf::ReadWholeFile(path, path);
-    const std::string_view text(reinterpret_cast<const char*>(bytes.Span().data()), bytes.Size());
-    const ZWeightTable table = json ? ZWeightTable_FromJson(text, path) : ZWeightTable_FromCsv(text, path);
-    const auto models = SkinnedModels(m_session.GetScene());
-    for (const auto& [name, rows] : table)
-        if (const auto found = models.find(name); found != models.end() && found->second->IsBeingEdited())
-            throw FileError(path, "", "cannot be read while a tool holds the model \"" + name + "\"");
+    const std::shared_ptr<ZTableWork> work = PrepareImport(path);
+    ReadTable(*work);
+    return FinishImport(*work);
+}
 
-    ZImportReport report;
-    ZUndoStack& undo = *ZUndoStack::TheOne();
-    undo.TransactionBegin("Import Weights", false);
+std::shared_ptr<ZTableWork> ZDocuments::PrepareImport(const std::string& path) { return PrepareTable(path, false); }
+
+void ZDocuments::ReadTable(ZTableWork& work, const std::stop_token& stop)
+{
+    const skindesk::gltf::ByteBlock bytes = skindesk::gltf::ReadWholeFile(work.path, work.path);
+    const std::string_view text(reinterpret_cast<const char*>(bytes.Span().data()), bytes.Size());
+    const ZWeightTable table =
+        work.json ? ZWeightTable_FromJson(text, work.path) : ZWeightTable_FromCsv(text, work.path, stop);
     for (const auto& [name, rows] : table) {
-        report.rowsRead += static_cast<int>(rows.size());
-        const auto found = models.find(name);
-        if (found == models.end()) {
-            report.unmatched.push_back("no skinned model \"" + name + "\" in the scene");
+        CheckStop(stop, work.path);
+        work.report.rowsRead += static_cast<int>(rows.size());
+        const auto found = work.models.find(name);
+        if (found == work.models.end()) {
+            work.report.unmatched.push_back("no skinned model \"" + name + "\" in the scene");
             continue;
         }
-        ZSkin& skin = *found->second->GetSkin();
-        const VertexWeights wanted = Match(name, skin, rows, report);
-        report.verticesChanged += static_cast<int>(wanted.vertices.size());
-        undo.TransactionAdd(new WeightTableUndo(found->second, WriteWeights(skin, wanted)));
+        found->second.isRead = true;
+        found->second.wanted = Match(name, found->second, rows, work.report);
+    }
+}
+
+ZImportReport ZDocuments::FinishImport(ZTableWork& work)
+{
+    const auto models = SkinnedModels(m_session.GetScene());
+    for (const auto& [name, read] : work.models) {
+        if (!read.isRead)
+            continue;
+        const auto found = models.find(name);
+        if (found == models.end() || found->second->GetSkin()->GetLinkVersion() != read.linkVersion)
+            throw FileError(work.path, "", "cannot be read: the model \"" + name + "\" has changed meanwhile");
+        if (found->second->IsBeingEdited())
+            throw FileError(work.path, "", "cannot be read while a tool holds the model \"" + name + "\"");
+    }
+    ZImportReport report = std::move(work.report);
+    ZUndoStack& undo = *ZUndoStack::TheOne();
+    undo.TransactionBegin("Import Weights", false);
+    for (const auto& [name, read] : work.models) {
+        if (!read.isRead)
+            continue;
+        ZModel* const model = models.at(name);
+        report.verticesChanged += static_cast<int>(read.wanted.vertices.size());
+        undo.TransactionAdd(new WeightTableUndo(model, WriteWeights(*model->GetSkin(), read.wanted)));
     }
     undo.TransactionEnd(false, false);
     return report;

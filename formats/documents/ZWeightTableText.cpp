@@ -174,7 +174,7 @@ std::string ZWeightTable_ToJson(const ZWeightTable& table)
     return whole.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
 }
 
-ZWeightTable ZWeightTable_FromCsv(std::string_view text, const std::string& path)
+ZWeightTable ZWeightTable_FromCsv(std::string_view text, const std::string& path, const std::stop_token& stop)
 {
     if (text.substr(0, 3) == "\xEF\xBB\xBF")
         text.remove_prefix(3); // spreadsheet programs write this mark in front of UTF-8
@@ -186,6 +186,8 @@ ZWeightTable ZWeightTable_FromCsv(std::string_view text, const std::string& path
     if (header != std::vector<std::string>{"model", "vertex", "bone", "weight"})
         throw FileError(path, "line 1", std::string("is not the header ") + kHeader);
     while (!reader.AtEnd()) {
+        if (stop.stop_requested())
+            throw FileError(path, reader.Where(), "was not read any further: stopped");
         const std::vector<std::string> fields = reader.ReadLine();
         if (fields.size() == 1 && fields[0].empty())
             continue; // a blank line

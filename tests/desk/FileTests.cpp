@@ -15,6 +15,7 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QLabel>
+#include <QMessageBox>
 #include <QProgressDialog>
 #include <QPushButton>
 #include <QThread>
@@ -50,6 +51,15 @@ protected:
         return {};
     }
     std::string Title() { return window->windowTitle().toStdString(); }
+    std::string Status() { return window->findChild<QLabel*>("StatusText")->text().toStdString(); }
+    /// The next file dialog is answered with this path.
+    static void ChooseInNextDialog(const QString& path)
+    {
+        WithNextDialog<QFileDialog>([path](QFileDialog& dialog) {
+            dialog.selectFile(path);
+            QMetaObject::invokeMethod(&dialog, "accept");
+        });
+    }
     /// The share of the viewer's pixels that are far from grey.
     double ColourfulShare()
     {
@@ -288,6 +298,108 @@ TEST_F(DeskFiles, BoneDraggedFromTheTreeOnTheBoneListBecomesALink)
     announced.setData(kModelDragFormat, "models");
     EXPECT_TRUE(DropOn(*WidgetOf<QAbstractItemView>(bones)->viewport(), announced));
     EXPECT_EQ(bones.GetRowCount(), before + 1);
+}
+
+TEST_F(DeskFiles, BoneDraggedOutOfTheBoneListIsNoLinkAnyMore)
+{
+    OpenFigure();
+    desk->AddAllSkinnedModels();
+    auto& bones = Control<ZtListBox>("ListBonesList");
+    const int before = bones.GetRowCount();
+    ZModel* const bone = desk->Session().GetScene().AddModel(std::make_unique<ZModel>("Antler", ZModelKind::Bone));
+    bone->SetBone(true);
+    GlobalDragAndDrop_Begin();
+    GlobalDragAndDrop_Add(bone, 0);
+    QMimeData announced;
+    announced.setData(kModelDragFormat, "models");
+    auto* const list = WidgetOf<QAbstractItemView>(bones);
+    ASSERT_TRUE(DropOn(*list->viewport(), announced));
+    ASSERT_EQ(bones.GetRowCount(), before + 1);
+    Click(list, before);
+    ASSERT_EQ(list->model()->index(before, 0).data().toString(), "Antler");
+
+    const QPoint row = list->visualRect(list->model()->index(before, 0)).center();
+    QTimer givesUp;
+    QObject::connect(&givesUp, &QTimer::timeout, [this] { QTest::keyClick(window->windowHandle(), Qt::Key_Escape); });
+    givesUp.start(50);
+    QTest::mousePress(list->viewport(), Qt::LeftButton, Qt::AltModifier, row);
+    const QPoint away = row - QPoint(0, 60);
+    QMouseEvent move(QEvent::MouseMove, away, list->viewport()->mapToGlobal(away), Qt::NoButton, Qt::LeftButton,
+                     Qt::AltModifier);
+    QApplication::sendEvent(list->viewport(), &move);
+    EXPECT_EQ(bones.GetRowCount(), before);
+    EXPECT_EQ(GlobalDragAndDrop_GetCount(), 0) << "the drag has ended";
+}
+
+TEST_F(DeskFiles, WeightsGoOutAndInAsATable)
+{
+    OpenFigure();
+    const QString table = folder.filePath("weights.csv");
+    ChooseInNextDialog(table);
+    Action("FileExportWeights")->trigger();
+    QFile file(table);
+    ASSERT_TRUE(file.open(QFile::ReadOnly));
+    const QByteArray whole = file.readAll();
+    file.close();
+    // One vertex alone that several bones pull, with all its weight on one of them.
+    const QByteArrayList lines = whole.split('\n');
+    ASSERT_GT(lines.size(), 1000);
+    const auto shared = std::find_if(lines.begin() + 1, lines.end(), [](const QByteArray& line) {
+        const double weight = line.mid(line.lastIndexOf(',') + 1).toDouble();
+        return weight > 0 && weight < 1;
+    });
+    ASSERT_NE(shared, lines.end());
+    ASSERT_TRUE(file.open(QFile::WriteOnly));
+    file.write(lines[0] + '\n' + shared->left(shared->lastIndexOf(',')) + ",1\n");
+    file.close();
+    EXPECT_THAT(Title(), Not(HasSubstr("*")));
+    ChooseInNextDialog(table);
+    Action("FileImportWeights")->trigger();
+    EXPECT_EQ(Status(), "Imported weights: 1 vertices changed");
+    EXPECT_THAT(Title(), HasSubstr("figure.glb*"));
+    EXPECT_TRUE(desk->Undo());
+    EXPECT_THAT(Title(), Not(HasSubstr("*")));
+
+    desk->AddAllSkinnedModels();
+    WithNextDialog<QFileDialog>([table](QFileDialog& dialog) {
+        WithNextDialog<QMessageBox>([](QMessageBox& message) {
+            EXPECT_THAT(message.text().toStdString(), HasSubstr("while a tool holds the model"));
+            message.accept();
+        });
+        dialog.selectFile(table);
+        QMetaObject::invokeMethod(&dialog, "accept");
+    });
+    Action("FileImportWeights")->trigger();
+    EXPECT_THAT(Title(), Not(HasSubstr("*")));
+}
+
+TEST_F(DeskFiles, CancelledReadingOfATableChangesNothing)
+{
+    OpenFigure();
+    // So many lines that a hand has time to cancel.
+    const QString path = folder.filePath("long.csv");
+    QFile file(path);
+    ASSERT_TRUE(file.open(QFile::WriteOnly));
+    file.write("model,vertex,bone,weight\n");
+    const QByteArray lines = QByteArray("Figure,1,Hips,0.5\n").repeated(500'000);
+    for (int i = 0; i < 8; ++i)
+        file.write(lines);
+    file.close();
+    bool pressed = false;
+    WithNextDialog<QFileDialog>([path, &pressed](QFileDialog& dialog) {
+        WithNextDialog<QProgressDialog>(
+            [&pressed](QProgressDialog& progress) {
+                pressed = true;
+                QTest::keyClick(&progress, Qt::Key_Escape);
+            },
+            500);
+        dialog.selectFile(path);
+        QMetaObject::invokeMethod(&dialog, "accept");
+    });
+    Action("FileImportWeights")->trigger();
+    EXPECT_TRUE(pressed);
+    EXPECT_EQ(Status(), "Reading long.csv was cancelled");
+    EXPECT_FALSE(desk->Undo());
 }
 
 TEST_F(DeskFiles, DragOutOfTheViewerCarriesTheModelUnderThePointer)
