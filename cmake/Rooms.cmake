@@ -42,6 +42,15 @@ function(room_library name kind)
   target_link_libraries(${name} PUBLIC ${ROOM_SEES} ${ROOM_LIBRARIES} PRIVATE ${ROOM_PRIVATE_LIBRARIES})
 endfunction()
 
+# test_options(<target>): of the sanitizers' builds, where compiling the tests takes most of the time. What is tested is
+# compiled with every check; the tests themselves without those that ask before every access whether the pointer is null
+# or crooked, which the address sanitizer notices as well, and without optimisation.
+function(test_options target)
+  if(SKINDESK_SANITIZE MATCHES "undefined" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    target_compile_options(${target} PRIVATE -O0 -fno-sanitize=null,alignment,object-size,vptr)
+  endif()
+endfunction()
+
 # room_tests(<name> [SEES <target>...] [TIMEOUT <seconds>]): every *.cpp of the current folder is one test program.
 function(room_tests name)
   cmake_parse_arguments(ROOM "" "TIMEOUT" "SEES" ${ARGN})
@@ -58,6 +67,7 @@ function(room_tests name)
   # -fPIC: as the precompiled headers were compiled. The warning is another that g++ 12 gives about the standard library
   # itself, where texts are added up inline.
   target_compile_options(${name} PRIVATE -fPIC $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds>)
+  test_options(${name})
   add_test(NAME ${name} COMMAND ${name} --gtest_output=json:${CMAKE_BINARY_DIR}/test-results/${name}.json)
   set_tests_properties(${name} PROPERTIES TIMEOUT ${ROOM_TIMEOUT})
 endfunction()
