@@ -33,9 +33,11 @@ RowRemovals::Counts* RowRemovals::CountOf(const ZWeightUIModelData* data, int ve
 void RowRemovals::CountRows()
 {
     m_counted = true;
-    for (int row = 0; row < m_rows.vertexRows.GetCount(); ++row)
+    for (int row = 0; row < m_rows.vertexRows.GetCount(); ++row) {
+        FetchRowAhead(row);
         if (Counts* const count = CountOf(m_rows.vertexModels[row], m_rows.vertexRows[row]))
-            count->present = static_cast<std::uint16_t>(std::min(count->present + 1, kMost));
+            count->present = static_cast<std::uint8_t>(std::min(count->present + 1, kMost));
+    }
 }
 
 void RowRemovals::Reserve(int more)
@@ -51,7 +53,7 @@ void RowRemovals::Append(ZWeightUIModelData& data, int vertex)
     if (!m_counted)
         return;
     if (Counts* const count = CountOf(&data, vertex))
-        count->present = static_cast<std::uint16_t>(std::min(count->present + 1, kMost));
+        count->present = static_cast<std::uint8_t>(std::min(count->present + 1, kMost));
 }
 
 void RowRemovals::Remove(ZWeightUIModelData& data, int vertex)
@@ -69,6 +71,7 @@ void RowRemovals::Remove(ZWeightUIModelData& data, int vertex)
     Finish();
     m_counts.clear();
     m_lastData = nullptr;
+    m_lastCounts = nullptr;
     CountRows();
 }
 
@@ -78,6 +81,7 @@ void RowRemovals::Finish()
         return;
     int kept = 0;
     for (int row = 0; row < m_rows.vertexRows.GetCount(); ++row) {
+        FetchRowAhead(row);
         const int vertex = m_rows.vertexRows[row];
         ZWeightUIModelData* const data = m_rows.vertexModels[row];
         Counts* const count = CountOf(data, vertex);

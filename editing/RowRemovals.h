@@ -3,6 +3,7 @@
 #pragma once
 
 #include "editing/ZWeightSelection.h"
+#include "zbaselib/ZMemory.h"
 
 #include <cstdint>
 #include <memory>
@@ -23,10 +24,10 @@ public:
     void Reserve(int more);
     void Append(ZWeightUIModelData& data, int vertex);
     /// The vertex will be asked for soon.
-    void Prefetch(const ZWeightUIModelData& data, int vertex)
+    [[gnu::always_inline]] void Prefetch(const ZWeightUIModelData& data, int vertex)
     {
-        if (&data == m_lastData && vertex < m_lastCounts->GetCount())
-            __builtin_prefetch(m_lastCounts->GetData() + vertex, 1);
+        if (&data == m_lastData)
+            ZMemory_FetchPlace(*m_lastCounts, vertex);
     }
     /// Removes the first row of the vertex, if there is one.
     void Remove(ZWeightUIModelData& data, int vertex);
@@ -37,15 +38,21 @@ public:
 private:
     struct Counts
     {
-        std::uint16_t present = 0; ///< rows of the vertex that are there; no more than kMost are counted
-        std::uint16_t pending = 0; ///< first rows of it that are to go; at kMost they go
+        std::uint8_t present = 0; ///< rows of the vertex that are there; no more than kMost are counted
+        std::uint8_t pending = 0; ///< first rows of it that are to go; at kMost they go
     };
-    static constexpr int kMost = 65535;
+    static constexpr int kMost = 255;
     using ModelCounts = ZArrayTemplate<Counts>;
 
     ModelCounts& CountsOf(const ZWeightUIModelData* data);
     Counts* CountOf(const ZWeightUIModelData* data, int vertex);
     void CountRows();
+    /// Rows stand in the order of the picks: the count of a later one, most likely of the same model, is fetched early.
+    [[gnu::always_inline]] void FetchRowAhead(int row) const
+    {
+        if (m_lastCounts != nullptr)
+            ZMemory_FetchAhead(*m_lastCounts, m_rows.vertexRows.Span(), row);
+    }
 
     ZWeightSelection& m_rows;
     std::unordered_map<const ZWeightUIModelData*, std::unique_ptr<ModelCounts>> m_counts;

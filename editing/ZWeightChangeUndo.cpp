@@ -53,15 +53,19 @@ void ZWeightingWeightChangeUndoEntry::SetAfter(const VertexInfluences& record)
     m_hasAfter = true;
 }
 
-VertexInfluencesView ZWeightingWeightChangeUndoEntry::ViewBefore(int index) const
+VertexInfluencesRows ZWeightingWeightChangeUndoEntry::RowsBefore() const
 {
-    const int begin = index > 0 ? m_offsets[index - 1] : 0;
-    return {m_links.GetData() + begin, m_weights.GetData() + begin, m_offsets[index] - begin};
+    return {m_offsets.GetData(), {m_links.GetData(), m_weights.GetData(), m_links.GetCount()}};
+}
+
+VertexInfluencesRows ZWeightingWeightChangeUndoEntry::RowsAfter() const
+{
+    return {nullptr, {after.links.GetData(), after.weights.GetData(), after.GetCount()}};
 }
 
 void ZWeightingWeightChangeUndoEntry::GetBefore(int index, VertexInfluences& record) const
 {
-    const VertexInfluencesView view = ViewBefore(index);
+    const VertexInfluencesView view = RowsBefore()[index];
     record.links.Assign(view.links, view.count);
     record.weights.Assign(view.weights, view.count);
 }
@@ -120,7 +124,7 @@ bool ZWeightingWeightChangeUndo::ChangedAnything() const
         const ZWeightUIModelData* const data = DataOf(*entry);
         for (int i = 0; data != nullptr && i < entry->vertices.GetCount(); ++i) {
             const VertexInfluences* const now = RecordOf(*data, entry->vertices[i]);
-            if (now == nullptr || !IsSame(entry->ViewBefore(i), *now))
+            if (now == nullptr || !IsSame(entry->RowsBefore()[i], *now))
                 return true;
         }
     }
@@ -142,11 +146,7 @@ void ZWeightingWeightChangeUndo::Write(bool after)
         any = true;
         if (after && !entry->HasAfter())
             continue; // an empty record in its place would take every weight away
-        const VertexInfluencesView common{entry->after.links.GetData(), entry->after.weights.GetData(),
-                                          entry->after.GetCount()};
-        data->ApplyManyVertexInfluences(entry->vertices.Span(), [entry, after, &common](int index) {
-            return after ? common : entry->ViewBefore(index);
-        });
+        data->ApplyManyVertexInfluences(entry->vertices.Span(), after ? entry->RowsAfter() : entry->RowsBefore());
     }
     IEditingOwner* const tool = Tool();
     if (!any || tool == nullptr)

@@ -5,6 +5,7 @@
 #include "editing/ZWeightingUndo.h"
 
 #include <cstdint>
+#include <new>
 #include <vector>
 
 namespace {
@@ -69,7 +70,7 @@ public:
     template <class Action> void ForEach(const ZArrayTemplate<int>& batch, const Action& action)
     {
         // Batches may come in any order: what a later pair needs is fetched while earlier ones are at work.
-        constexpr int kAhead = 2 * 24;
+        constexpr int kAhead = 2 * 32;
         int previous = -1;
         ZWeightingSelectionUndo* undo = nullptr;
         ZWeightUIModelData* data = nullptr;
@@ -134,11 +135,9 @@ private:
         return (end - begin) / 2;
     }
     /// The vertex need not be one of this model: then nothing is gained and nothing lost.
-    void Prefetch(const ZWeightUIModelData& data, int vertex)
+    [[gnu::always_inline]] void Prefetch(const ZWeightUIModelData& data, int vertex)
     {
-        if (vertex < 0 || vertex >= data.vertexStates.GetCount())
-            return;
-        __builtin_prefetch(data.vertexStates.GetData() + vertex, 1);
+        ZMemory_FetchPlace(data.vertexStates, vertex);
         rows.Prefetch(data, vertex);
     }
     void Begin(int model, ZWeightUIModelData& data)
@@ -153,7 +152,9 @@ private:
         ZUndoStack* const stack = ZUndoStack::TheOne();
         if (!stack->IsTransactionOpen())
             return nullptr;
-        auto* const undo = new ZWeightingSelectionUndo(&m_owner);
+        auto* const undo = new (std::nothrow) ZWeightingSelectionUndo(&m_owner);
+        if (undo == nullptr)
+            return nullptr; // the pick goes on and is not recorded
         undo->SetModel(&data);
         stack->TransactionAdd(undo);
         return undo;

@@ -5,27 +5,37 @@
 #include "zbaselib/ZMemory.h"
 
 #include <algorithm>
+#include <new>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
 namespace {
 
-/// The record of the model at hand: a new one for each model, unless nothing has come into the last one yet.
+ZWeightingSelectionUndo* NewRecord(IEditingOwner& owner, ZWeightUIModelData& data)
+{
+    auto* const record = new (std::nothrow) ZWeightingSelectionUndo(&owner);
+    if (record == nullptr)
+        return nullptr;
+    record->SetModel(&data);
+    ZUndoStack::TheOne()->TransactionAdd(record);
+    return record;
+}
+
+/// The record of the model at hand: a new one for each model, unless nothing has come into the last one yet. Null when
+/// there is no memory for one: what happens then is not recorded.
 class RecordPerModel
 {
 public:
     explicit RecordPerModel(IEditingOwner& owner) : m_owner(owner) {}
-    ZWeightingSelectionUndo& For(ZWeightUIModelData& data)
+    ZWeightingSelectionUndo* For(ZWeightUIModelData& data)
     {
-        if (m_record == nullptr || !m_record->IsEmpty()) {
-            m_record = new ZWeightingSelectionUndo(&m_owner);
+        if (m_record != nullptr && m_record->IsEmpty()) {
             m_record->SetModel(&data);
-            ZUndoStack::TheOne()->TransactionAdd(m_record);
-        } else {
-            m_record->SetModel(&data);
+            return m_record;
         }
-        return *m_record;
+        m_record = NewRecord(m_owner, data);
+        return m_record;
     }
 
 private:
@@ -36,7 +46,11 @@ private:
 /// Every list of the model is emptied; the record hears of each vertex once.
 void ClearVertexLists(ZWeightUIModelData& data, ZWeightingSelectionUndo* undo)
 {
-    for (const int vertex : data.selectedVertices) {
+    if (undo != nullptr)
+        undo->Reserve(data.selectedVertices.GetCount());
+    for (int i = 0; i < data.selectedVertices.GetCount(); ++i) {
+        ZMemory_FetchAhead(data.vertexStates, data.selectedVertices.Span(), i);
+        const int vertex = data.selectedVertices[i];
         if (undo != nullptr)
             undo->RecordTransition(vertex, data.vertexStates[vertex], 0);
         data.vertexStates[vertex] = 0;
@@ -57,7 +71,7 @@ void ZWeightSelection::ClearAllVertexLists()
     ZWeightUIModelDataList& models = m_owner.ModelDataList();
     for (int i = 0; i < models.GetCount(); ++i)
         if (models[i]->modelSelected != 0 && !models[i]->selectedVertices.IsEmpty())
-            ClearVertexLists(*models[i], &record.For(*models[i]));
+            ClearVertexLists(*models[i], record.For(*models[i]));
     Clear();
     stack->TransactionEnd(false, false);
 }
@@ -74,9 +88,14 @@ void ZWeightSelection::DeactivateAll()
         ZWeightUIModelData& data = *models[i];
         if (data.modelSelected == 0)
             continue;
-        ZWeightingSelectionUndo& undo = record.For(data);
-        for (const int vertex : data.activeVertices) {
-            undo.RecordTransition(vertex, data.vertexStates[vertex], 1);
+        ZWeightingSelectionUndo* const undo = record.For(data);
+        if (undo != nullptr)
+            undo->Reserve(data.activeVertices.GetCount());
+        for (int k = 0; k < data.activeVertices.GetCount(); ++k) {
+            ZMemory_FetchAhead(data.vertexStates, data.activeVertices.Span(), k);
+            const int vertex = data.activeVertices[k];
+            if (undo != nullptr)
+                undo->RecordTransition(vertex, data.vertexStates[vertex], 1);
             data.vertexStates[vertex] = 1;
         }
         data.activeVertices.RemoveAll();
@@ -98,9 +117,7 @@ void ZWeightSelection::RowSelectionChanged(const std::vector<int>& selected)
     for (int row = 0; row < vertexRows.GetCount(); ++row) {
         if (vertexModels[row] != data) {
             data = vertexModels[row];
-            undo = new ZWeightingSelectionUndo(&m_owner);
-            undo->SetModel(data);
-            stack->TransactionAdd(undo);
+            undo = NewRecord(m_owner, *data);
             if (begun.insert(data).second)
                 data->BeginSelectionBatch();
         }
@@ -168,7 +185,6 @@ void ZWeightSelection::DeselectUnchecked()
 /// ascending. The rows of a vertex are chained through an index, so that nothing is searched for.
 void ZWeightSelection::AppendActiveRows()
 {
-    constexpr int kAhead = 24; // vertices may come in any order: later ones are fetched early
     ZWeightUIModelDataList& models = m_owner.ModelDataList();
     std::unordered_map<const ZWeightUIModelData*, ZArrayTemplate<int>> firstRows;
     for (int i = 0; i < models.GetCount(); ++i) {
@@ -189,8 +205,8 @@ void ZWeightSelection::AppendActiveRows()
             const auto found = firstRows.find(last);
             firsts = found == firstRows.end() ? nullptr : &found->second;
         }
-        if (firsts != nullptr && row >= kAhead && vertexRows[row - kAhead] < firsts->GetCount())
-            __builtin_prefetch(firsts->GetData() + vertexRows[row - kAhead], 1);
+        if (firsts != nullptr)
+            ZMemory_FetchAhead(*firsts, vertexRows.Span(), row, -1);
         const int vertex = vertexRows[row];
         if (firsts == nullptr || vertex < 0 || vertex >= firsts->GetCount())
             continue;
@@ -205,8 +221,7 @@ void ZWeightSelection::AppendActiveRows()
         const ZArrayTemplate<int, 16>& active = models[i]->activeVertices;
         targetRows.ReserveMore(active.GetCount());
         for (int k = 0; k < active.GetCount(); ++k) {
-            if (k + kAhead < active.GetCount())
-                __builtin_prefetch(found->second.GetData() + active[k + kAhead]);
+            ZMemory_FetchAhead(found->second, active.Span(), k);
             for (int row = found->second[active[k]]; row >= 0; row = nextRow[static_cast<size_t>(row)])
                 targetRows.Add(row);
         }
@@ -223,10 +238,14 @@ void ZWeightSelection::RebuildRows()
         ZWeightUIModelData* const data = models[i];
         if (data->modelSelected == 0)
             continue;
-        for (const int vertex : data->selectedVertices) {
-            const int row = vertexRows.Add(vertex);
+        const std::span<const int> selected = data->selectedVertices.Span();
+        vertexRows.ReserveMore(static_cast<int>(selected.size()));
+        vertexModels.ReserveMore(static_cast<int>(selected.size()));
+        for (size_t k = 0; k < selected.size(); ++k) {
+            ZMemory_FetchAhead(data->vertexStates, selected, static_cast<int>(k));
+            const int row = vertexRows.Add(selected[k]);
             vertexModels.Add(data);
-            if (data->GetVertexState(vertex) == 2)
+            if (data->GetVertexState(selected[k]) == 2)
                 targetRows.Add(row);
         }
     }

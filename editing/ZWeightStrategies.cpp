@@ -5,6 +5,8 @@
 #include "editing/VertexColourRules.h"
 #include "zmodel/ZModelInterfaces.h"
 
+#include <new>
+
 LinkColours::LinkColours(const ZBoneColourTable& table, const ZWeightUIModelData& data)
     : m_last(static_cast<size_t>(data.boneLinkPositions.GetCount())), m_colours(m_last + 1), m_known(m_last + 1, 0)
 {
@@ -204,6 +206,6 @@ IWeightDeform* ZWeightStrategy_Make(int deformMode)
 {
     constexpr int kTotal100 = 2;
     if (deformMode == kTotal100)
-        return new ZWeightDeformTotal100;
-    return new ZWeightDeformNormalize;
+        return new (std::nothrow) ZWeightDeformTotal100;
+    return new (std::nothrow) ZWeightDeformNormalize;
 }

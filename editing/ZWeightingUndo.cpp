@@ -73,15 +73,6 @@ void ZWeightingSelectionUndo::Reserve(int more)
         list->ReserveMore(more);
 }
 
-/// Records keep the order of the pick, whatever it was: the state of a later vertex is fetched while earlier ones are
-/// set.
-void ZWeightingSelectionUndo::Prefetch(const ZWeightUIModelData& data, int index) const
-{
-    constexpr int kAhead = 24;
-    if (index + kAhead < vertices.GetCount())
-        __builtin_prefetch(data.vertexStates.GetData() + vertices[index + kAhead], 1);
-}
-
 void ZWeightingSelectionUndo::RecordTransition(int vertex, int oldState, int newState)
 {
     vertices.Add(vertex);
@@ -108,10 +99,12 @@ void ZWeightingSelectionUndo::Undo()
     done.SetCountUninitialised(data->vertexStates.GetCount());
     ZMemory_ExpectAnyOrder(done.GetData(), done.size());
     done.Fill(0);
+    data->ReserveSelection(vertices.GetCount());
     data->BeginSelectionBatch();
     for (int i = 0; i < vertices.GetCount(); ++i) {
         const int vertex = vertices[i];
-        Prefetch(*data, i);
+        ZMemory_FetchAhead(data->vertexStates, vertices.Span(), i);
+        ZMemory_FetchAhead(done, vertices.Span(), i);
         if (vertex < 0 || vertex >= done.GetCount() || done[vertex] != 0)
             continue;
         done[vertex] = 1;
@@ -127,9 +120,10 @@ void ZWeightingSelectionUndo::Redo()
     ZWeightUIModelData* const data = DataOf(model);
     if (data == nullptr)
         return;
+    data->ReserveSelection(vertices.GetCount());
     data->BeginSelectionBatch();
     for (int i = 0; i < vertices.GetCount(); ++i) {
-        Prefetch(*data, i);
+        ZMemory_FetchAhead(data->vertexStates, vertices.Span(), i);
         data->SetVertexState(vertices[i], newStates[i]);
     }
     data->EndSelectionBatch();

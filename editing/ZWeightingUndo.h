@@ -54,9 +54,6 @@ public:
     ZArrayTemplate<int, 16> oldStates;
     ZArrayTemplate<int, 16> newStates;
     HdlZPlug model;
-
-private:
-    void Prefetch(const ZWeightUIModelData& data, int index) const;
 };
 
 /// Check marks of models.
@@ -89,8 +86,9 @@ public:
     void AddVertex(int vertex, const VertexInfluences& before);
     /// The record of vertex `index` as it was.
     void GetBefore(int index, VertexInfluences& record) const;
-    /// The same in place, valid while the entry is not changed.
-    VertexInfluencesView ViewBefore(int index) const;
+    /// All of them in place, and what redo gives to each; valid while the entry is not changed.
+    VertexInfluencesRows RowsBefore() const;
+    VertexInfluencesRows RowsAfter() const;
     size_t GetByteCount() const;
 
     /// What redo gives to every vertex. A change that ended without saying it is not made again.

@@ -9,6 +9,8 @@
 #include "zbaselib/ZMemory.h"
 #include "zmodel/ZModelInterfaces.h"
 
+#include <new>
+
 int ZWeightUIModelData::ClassId = -1;
 ZClassDefinition* ZWeightUIModelData::s_classDefinition = nullptr;
 ZPropertyMap* ZWeightUIModelData::s_properties = nullptr;
@@ -34,13 +36,16 @@ ZWeightUIModelData::ZWeightUIModelData(ZModel* skinnedModel, IWeightOwner* owner
         return;
     }
     strategy = tool->MakeStrategy(mode);
+    if (strategy == nullptr)
+        return; // refused: its links stay as they are
     if (mode == kTotal100)
         SkinAdmission_ResetLinkOptions(*links);
     SkinAdmission_RemoveLinksWithoutBone(*links);
     SkinAdmission_MergeDuplicateLinks(*links);
 }
 
-/// A model without a vertex has nothing to weight and gets no adapter.
+/// A model without a vertex has nothing to weight and gets no adapter. Nor does one for whose adapter there is no
+/// memory: it is refused like the other.
 void ZWeightUIModelData::ChooseGeometry()
 {
     auto* const host =
@@ -48,9 +53,9 @@ void ZWeightUIModelData::ChooseGeometry()
     if (host == nullptr || host->VertexCount() <= 0)
         return;
     if (host->TessellationWidth() != 0 && host->TessellationHeight() != 0)
-        geometry = new ZWeightGeomNURBS(model);
+        geometry = new (std::nothrow) ZWeightGeomNURBS(model);
     else
-        geometry = new ZWeightGeomPoly(model);
+        geometry = new (std::nothrow) ZWeightGeomPoly(model);
 }
 
 ZWeightUIModelData::~ZWeightUIModelData()

@@ -9,7 +9,6 @@
 #include "weights/ZWeightOwner.h"
 #include "zmodel/ZModel.h"
 
-#include <functional>
 #include <memory>
 #include <span>
 
@@ -21,6 +20,21 @@ struct VertexInfluencesView
     const int* links = nullptr;
     const float* weights = nullptr;
     int count = 0;
+};
+
+/// Records that somebody else keeps packed, or one that stands for all.
+struct VertexInfluencesRows
+{
+    const int* ends = nullptr; ///< where each record ends in `all`; null: every record is `all`
+    VertexInfluencesView all;
+
+    VertexInfluencesView operator[](int index) const
+    {
+        if (ends == nullptr)
+            return all;
+        const int begin = index > 0 ? ends[index - 1] : 0;
+        return {all.links + begin, all.weights + begin, ends[index] - begin};
+    }
 };
 
 /// Idle while the model is not selected in the tool's model list: no records, no colours, no vertex selection. Loaded
@@ -59,9 +73,9 @@ public:
     /// Entries of the skin are never added or removed; a link without an entry for the vertex is passed over. While the
     /// model is not loaded only the skin is written.
     void ApplyVertexInfluences(int vertex, const VertexInfluences& record);
-    /// The same for many vertices, in order; `recordOf` is asked once for each index of `vertices`.
-    void ApplyManyVertexInfluences(std::span<const int> vertices,
-                                   const std::function<VertexInfluencesView(int index)>& recordOf);
+    /// The same for many vertices, in order; `records` has one for each index of `vertices`, and none of them is one of
+    /// this model's own.
+    void ApplyManyVertexInfluences(std::span<const int> vertices, const VertexInfluencesRows& records);
     /// Sets the check mark; true when it changed (then recorded, if a recorder is given, and the view is out of date).
     bool SetModelSelected(bool selected, IModelSelectionRecorder* undo);
     void ComputeProximityWeights();
@@ -147,7 +161,7 @@ private:
     {
         return vertex >= 0 && vertex < vertexInfluences.GetCount() ? vertexInfluences[vertex] : nullptr;
     }
-    void ApplyToUnloaded(std::span<const int> vertices, const std::function<VertexInfluencesView(int index)>& recordOf);
+    void ApplyToUnloaded(std::span<const int> vertices, const VertexInfluencesRows& records);
     void RemoveFromSelected(int vertex);
     void RemoveFromActive(int vertex);
 

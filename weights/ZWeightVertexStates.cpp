@@ -28,7 +28,14 @@ void RemoveFirst(ZArrayTemplate<int, 16>& list, int vertex)
 /// Drops the entries of vertices that are not at least in state `least`, in one pass; the others keep their order.
 void DropLeft(ZArrayTemplate<int, 16>& list, const ZArrayTemplate<int, 16>& states, int least)
 {
-    list.RemoveIf([&](int vertex) { return states[vertex] < least; });
+    int kept = 0;
+    for (int i = 0; i < list.GetCount(); ++i) {
+        ZMemory_FetchAhead(states, list.Span(), i);
+        const int vertex = list[i];
+        list[kept] = vertex;
+        kept += states[vertex] >= least ? 1 : 0;
+    }
+    list.SetCount(kept);
 }
 
 /// The same for a list in which vertices that came back stand twice: only their last entry counts.
@@ -40,6 +47,8 @@ void DropLeftAndEarlier(ZArrayTemplate<int, 16>& list, const ZArrayTemplate<int,
     seen.Fill(0);
     int kept = list.GetCount();
     for (int i = list.GetCount() - 1; i >= 0; --i) {
+        ZMemory_FetchAhead(states, list.Span(), i, -1);
+        ZMemory_FetchAhead(seen, list.Span(), i, -1);
         const int vertex = list[i];
         std::uint8_t& isSeen = seen[vertex];
         if (states[vertex] < least || isSeen != 0)

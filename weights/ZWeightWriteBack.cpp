@@ -2,6 +2,7 @@
 // Weights by bone, and their way back into the skin.
 #include "weights/ModelDataPrivate.h"
 #include "weights/SkinRewriter.h"
+#include "zbaselib/ZMemory.h"
 #include "zmodel/ZModelInterfaces.h"
 
 #include <algorithm>
@@ -43,6 +44,25 @@ void Copy(const VertexInfluencesView& from, VertexInfluences& to)
 {
     to.links.Assign(from.links, from.count);
     to.weights.Assign(from.weights, from.count);
+}
+
+/// Records with more influences than they hold themselves keep them elsewhere: both are fetched while earlier vertices
+/// are at work.
+[[gnu::always_inline]] inline void FetchRecordAhead(const ZArrayTemplate<VertexInfluences*>& records,
+                                                    std::span<const int> vertices, size_t index)
+{
+    constexpr size_t kAhead = 8;
+    if (index + 2 * kAhead >= vertices.size())
+        return;
+    const auto recordAt = [&](size_t at) {
+        const int vertex = vertices[at];
+        return vertex >= 0 && vertex < records.GetCount() ? records[vertex] : nullptr;
+    };
+    ZMemory_Fetch(recordAt(index + 2 * kAhead));
+    if (const VertexInfluences* const record = recordAt(index + kAhead)) {
+        ZMemory_Fetch(record->links.GetData());
+        ZMemory_Fetch(record->weights.GetData());
+    }
 }
 
 } // namespace
@@ -204,16 +224,14 @@ void ZWeightUIModelData::ApplyVertexInfluences(int vertex, const VertexInfluence
 {
     // The new record may be the vertex's own.
     const VertexInfluences copy = record;
-    ApplyManyVertexInfluences(std::span<const int>(&vertex, 1), [&copy](int) {
-        return VertexInfluencesView{copy.links.GetData(), copy.weights.GetData(), copy.GetCount()};
-    });
+    ApplyManyVertexInfluences(std::span<const int>(&vertex, 1),
+                              {nullptr, {copy.links.GetData(), copy.weights.GetData(), copy.GetCount()}});
 }
 
-void ZWeightUIModelData::ApplyManyVertexInfluences(std::span<const int> vertices,
-                                                   const std::function<VertexInfluencesView(int index)>& recordOf)
+void ZWeightUIModelData::ApplyManyVertexInfluences(std::span<const int> vertices, const VertexInfluencesRows& records)
 {
     if (!IsLoaded()) {
-        ApplyToUnloaded(vertices, recordOf);
+        ApplyToUnloaded(vertices, records);
         return;
     }
     SkinWeightBatch skin(SkinLinks(), vertices.size());
@@ -223,7 +241,8 @@ void ZWeightUIModelData::ApplyManyVertexInfluences(std::span<const int> vertices
         VertexInfluences* const record = RecordOf(vertex);
         if (record == nullptr)
             continue;
-        const VertexInfluencesView view = recordOf(static_cast<int>(index));
+        FetchRecordAhead(vertexInfluences, vertices, index);
+        const VertexInfluencesView view = records[static_cast<int>(index)];
         named.Next();
         for (int k = 0; k < view.count; ++k)
             named.Mark(view.links[k]);
@@ -244,8 +263,7 @@ void ZWeightUIModelData::ApplyManyVertexInfluences(std::span<const int> vertices
 
 /// There are no records that would say which links have an entry for a vertex: every link's entries are gone through
 /// once.
-void ZWeightUIModelData::ApplyToUnloaded(std::span<const int> vertices,
-                                         const std::function<VertexInfluencesView(int index)>& recordOf)
+void ZWeightUIModelData::ApplyToUnloaded(std::span<const int> vertices, const VertexInfluencesRows& records)
 {
     ISkinLinks* const links = SkinLinks();
     if (links == nullptr)
@@ -271,7 +289,7 @@ void ZWeightUIModelData::ApplyToUnloaded(std::span<const int> vertices,
     for (size_t index = 0; index < vertices.size(); ++index) {
         if (!HasVertex(vertices[index]))
             continue;
-        const VertexInfluencesView view = recordOf(static_cast<int>(index));
+        const VertexInfluencesView view = records[static_cast<int>(index)];
         for (int k = 0; k < view.count; ++k)
             skin.Set(view.links[k], vertices[index], static_cast<double>(view.weights[k]));
     }

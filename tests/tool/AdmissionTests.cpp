@@ -54,6 +54,19 @@ TEST_F(Admission, ModelInTheListStaysAsItIsAndTheNextNewOneIsChecked)
     DropModels(one, AddCharacter("Two"), AddCharacter("Three"));
     EXPECT_THAT(Texts(tool->ModelListBox()), ElementsAre("One", "Two", "Three"));
     EXPECT_THAT(Flags(), ElementsAre(1, 1, 0));
+    EXPECT_THAT(ZToolKit_GetMessages(), IsEmpty());
+}
+
+TEST_F(Admission, ASkinnedModelWithoutAVertexIsPassedOverAndTheNextIsChecked)
+{
+    auto* const empty = static_cast<ZModelPolymesh*>(Scene().AddModel(std::make_unique<ZModelPolymesh>("Empty")));
+    empty->MakeSkin(kDeformNormalise)->AppendLink(AddBone("Root"), ZgeMatrix());
+    // An additive model behind it in the same drop: nothing is said of that one any more.
+    DropModels(static_cast<ZModel*>(empty), AddAdditive("Additive"), AddCharacter("Good"));
+    EXPECT_THAT(Texts(tool->ModelListBox()), ElementsAre("Good"));
+    EXPECT_THAT(Flags(), ElementsAre(1));
+    EXPECT_THAT(ZToolKit_GetMessages(), IsEmpty());
+    EXPECT_EQ(empty->ModelIneligible(), 0);
 }
 
 TEST_F(Admission, ModelWithoutWeightableGeometryIsPassedOver)
@@ -94,6 +107,7 @@ TEST_F(Admission, HiddenAndLockedModelsArePassedOver)
     locked->SetLocked(true);
     DropModels(hidden, locked);
     EXPECT_EQ(Items().GetCount(), 0);
+    EXPECT_THAT(ZToolKit_GetMessages(), IsEmpty());
     EXPECT_THAT(UndoNames(), IsEmpty());
 }
 

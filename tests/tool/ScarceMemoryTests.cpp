@@ -3,6 +3,9 @@
 #include "ScarceMemory.h"
 #include "ToolStage.h"
 
+#include "editing/ZWeightStrategies.h"
+#include "weights/ZWeightGeomPoly.h"
+
 namespace {
 
 using testing::ElementsAre;
@@ -92,6 +95,48 @@ TEST_F(ScarceTool, AModelForWhichThereIsNoMemoryIsPassedOver)
     EXPECT_THAT(Texts(tool->ModelListBox()), ElementsAre("Drop models here"));
     DropModels(one, two);
     EXPECT_THAT(Checks(tool->ModelListBox()), ElementsAre(true, false));
+}
+
+TEST_F(ScarceTool, AModelForWhoseAdapterOrStrategyThereIsNoMemoryIsRefused)
+{
+    OpenTool();
+    ZModel* const bone = AddBone("Twin");
+    ZModelPolymesh* const body = AddSkinned("Body", 2, {bone, bone}, [](int, int) { return 0.5; });
+    for (const std::size_t bytes : {sizeof(ZWeightGeomPoly), sizeof(ZWeightDeformNormalize)}) {
+        {
+            const ScarceMemory scarce(bytes);
+            DropModels(body);
+            EXPECT_GE(scarce.Refused(), 1) << bytes;
+        }
+        EXPECT_EQ(Items().GetCount(), 0) << bytes;
+        EXPECT_EQ(body->ModelIneligible(), 0) << bytes;
+        EXPECT_EQ(body->GetSkin()->LinkCount(), 2) << bytes;
+        EXPECT_THAT(ZToolKit_GetMessages(), IsEmpty());
+        EXPECT_THAT(UndoNames(), IsEmpty());
+        EXPECT_FALSE(ZUndoStack::TheOne()->IsTransactionOpen());
+    }
+    DropModels(body);
+    EXPECT_EQ(Items().GetCount(), 1);
+}
+
+TEST_F(ScarceTool, APickForWhoseRecordThereIsNoMemoryIsMadeAndNotRecorded)
+{
+    OpenTool();
+    DropModels(AddCharacter("Body"));
+    const auto names = UndoNames();
+    const ScarceMemory scarce(sizeof(ZWeightingSelectionUndo));
+    PickAll();
+    EXPECT_GE(scarce.Refused(), 1);
+    const ZWeightUIModelData& data = *Items()[0];
+    EXPECT_EQ(data.activeVertices.GetCount(), data.vertexStates.GetCount());
+    Panel().listVertexList.UserSelect({0});
+    EXPECT_THAT(Ints(data.activeVertices), ElementsAre(0));
+    Panel().selection.DeactivateAll();
+    EXPECT_THAT(Ints(data.activeVertices), IsEmpty());
+    Panel().selection.ClearAllVertexLists();
+    EXPECT_THAT(Ints(data.selectedVertices), IsEmpty());
+    EXPECT_GE(scarce.Refused(), 4);
+    EXPECT_EQ(UndoNames(), names);
 }
 
 } // namespace

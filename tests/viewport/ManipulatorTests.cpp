@@ -256,6 +256,21 @@ TEST_F(ManipulatorTest, ReleaseOfAButtonThatMatchedNothingEndsThePress)
     EXPECT_EQ(manipulator->GetPressed(), 0);
 }
 
+TEST_F(ManipulatorTest, GestureThatMatchesNothingChangesNothingAndIsLeftToTheHost)
+{
+    Click(1);
+    const int steps = ZUndoStack::TheOne()->GetUndoCount();
+    const int refreshes = tool.refreshes;
+    EXPECT_FALSE(viewer.Press(10, 10, kButtonRight, 0));
+    EXPECT_FALSE(viewer.Move(300, 300));
+    EXPECT_FALSE(viewer.IsPickRectShown());
+    EXPECT_FALSE(viewer.Release(300, 300));
+    EXPECT_THAT(States(), ElementsAre(0, 2, 0, 0, 0));
+    EXPECT_EQ(ZUndoStack::TheOne()->GetUndoCount(), steps);
+    EXPECT_FALSE(ZUndoStack::TheOne()->IsTransactionOpen());
+    EXPECT_EQ(tool.refreshes, refreshes);
+}
+
 TEST_F(ManipulatorTest, GestureCutOffLeavesNothingOpen)
 {
     const auto [x, y] = PixelOf(1);

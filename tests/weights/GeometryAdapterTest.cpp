@@ -275,4 +275,13 @@ TEST_F(Overlay, DataWithoutAModelDrawsNothing)
     }
 }
 
+TEST_F(Overlay, AMeshThatLostItsVerticesDrawsNothing)
+{
+    ZModelPolymesh* const mesh = character.AddMesh("Body", 3);
+    const auto data = stage.Load(mesh);
+    ASSERT_TRUE(mesh->SetGeometry(nullptr, 0, {}, {}));
+    Draw(*data, 2.0F);
+    EXPECT_TRUE(GlRecorder::Batches().empty());
+}
+
 } // namespace

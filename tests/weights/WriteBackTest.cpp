@@ -105,10 +105,15 @@ TEST_F(WriteBack, ManyVerticesEndAsOneByOne)
 {
     const std::vector<int> vertices{1, 2, 1};
     const VertexInfluences records[3] = {Record({{0, 1.0F}}), Record({{2, 0.5F}, {0, 0.5F}}), Record({{1, 0.25F}})};
-    data->ApplyManyVertexInfluences(vertices, [&](int index) {
-        const VertexInfluences& record = records[index];
-        return VertexInfluencesView{record.links.GetData(), record.weights.GetData(), record.GetCount()};
-    });
+    std::vector<int> ends, links;
+    std::vector<float> weights;
+    for (const VertexInfluences& record : records) {
+        links.insert(links.end(), record.links.begin(), record.links.end());
+        weights.insert(weights.end(), record.weights.begin(), record.weights.end());
+        ends.push_back(static_cast<int>(links.size()));
+    }
+    data->ApplyManyVertexInfluences(vertices,
+                                    {ends.data(), {links.data(), weights.data(), static_cast<int>(links.size())}});
     EXPECT_EQ(*data->vertexInfluences[1], records[2]);
     EXPECT_EQ(*data->vertexInfluences[2], records[1]);
     EXPECT_EQ(TinyCharacter::WeightOf(mesh, 0, 1), 0.0);

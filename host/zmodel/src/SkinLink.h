@@ -3,11 +3,14 @@
 #pragma once
 
 #include "EntryIndex.h"
+#include "RisingRuns.h"
 #include "TouchedLog.h"
 #include "zmodel/ZModel.h"
 #include "zmodel/ZSkin.h"
 
 #include <algorithm>
+#include <functional>
+#include <span>
 #include <unordered_map>
 
 struct ZSkin::Link
@@ -21,8 +24,7 @@ struct ZSkin::Link
     }
     void Append(int vertex, double weight)
     {
-        ascending = ascending && vertex > highest;
-        highest = vertex > highest ? vertex : highest;
+        runs.Append(vertices.GetCount(), vertex);
         vertices.Add(vertex);
         weights.Add(weight);
         if (index.IsBuilt())
@@ -38,38 +40,31 @@ struct ZSkin::Link
         weights.SetCountUninitialised(begin + count);
         std::copy_n(newVertices, count, vertices.GetData() + begin);
         std::copy_n(newWeights, count, weights.GetData() + begin);
-        for (int i = 0; i < count; ++i) {
-            ascending = ascending && newVertices[i] > highest;
-            highest = std::max(highest, newVertices[i]);
-        }
+        for (int i = 0; i < count; ++i)
+            runs.Append(begin + i, newVertices[i]);
         if (index.IsBuilt())
             index.Appended(vertices, begin);
     }
-    /// Whoever asks for vertices in rising order mostly asks for one of the next few entries: those are in the same
-    /// cache line, and as long as that goes well no index is needed at all.
     int Find(int vertex)
     {
-        if (ascending) {
-            const int count = vertices.GetCount();
-            const int end = count - cursor > kLookAhead ? cursor + kLookAhead : count;
-            const int* const all = vertices.GetData();
-            int entry = cursor;
-            while (entry < end && all[entry] < vertex)
-                ++entry;
-            if (entry < end && all[entry] == vertex)
-                return cursor = entry;
-            if (entry > cursor && entry < end) {
-                cursor = entry - 1; // it lies between two neighbours
-                return -1;
-            }
-            if (vertex > highest)
-                return -1;
-        }
+        const int near = runs.Find(vertices.GetData(), vertices.GetCount(), vertex);
+        if (near != RisingRuns::kUnknown)
+            return near;
         if (!index.IsBuilt())
             index.Build(vertices);
         const int entry = index.Find(vertices, vertex);
-        cursor = entry >= 0 ? entry : cursor;
+        if (entry >= 0)
+            runs.GoTo(entry);
         return entry;
+    }
+    /// The same for each of `wanted`; -1 where there is none.
+    void FindMany(std::span<const int> wanted, int* entries)
+    {
+        const bool rises = std::adjacent_find(wanted.begin(), wanted.end(), std::greater_equal<>()) == wanted.end();
+        if (rises && runs.FindRising(vertices.GetData(), vertices.GetCount(), wanted, entries))
+            return;
+        for (size_t i = 0; i < wanted.size(); ++i)
+            entries[i] = Find(wanted[i]);
     }
     /// The memory of the arrays is kept: who clears a link mostly fills it again.
     void Clear()
@@ -77,25 +72,15 @@ struct ZSkin::Link
         vertices.RemoveAll();
         weights.RemoveAll();
         index.Drop();
-        RestartOrder();
+        runs.Restart();
         ++clearings;
     }
-    void RestartOrder()
-    {
-        ascending = true;
-        highest = -1;
-        cursor = 0;
-    }
-
-    static constexpr int kLookAhead = 16;
 
     ZArrayTemplate<int> vertices;
     ZArrayTemplate<double> weights;
-    bool ascending = true;
-    int highest = -1; ///< vertex, while ascending
-    int cursor = 0;   ///< where Find begins to look
     unsigned clearings = 0;
-    EntryIndex index;
+    RisingRuns runs;
+    EntryIndex index; ///< built when the runs do not know
     ZModel* bone;
     int option = 0;
     ZgeMatrix inverseBind; ///< exact, as the file has it

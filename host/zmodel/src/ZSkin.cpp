@@ -261,11 +261,32 @@ int ZSkin::SetVertexWeights(const int* vertices, const double* weights, int coun
         NoCurrentLink("ISkinLinks::SetVertexWeights");
         return count;
     }
+    if (m_rewriting)
+        EndRewrite();
+    Link& link = *m_current;
+    double* const held = link.weights.GetData();
+    constexpr int kLineOfDoubles = 8; // on one cache line
+    constexpr int kBlock = 128;       // vertices that are looked up, and whose change is noted, at once
     int passedOver = 0;
-    for (int i = 0; i < count; ++i) {
-        const int entry = m_current->Find(vertices[i]);
-        ZSkin::SetEntryWeight(weights[i], entry);
-        passedOver += entry < 0 ? 1 : 0;
+    for (int begin = 0; begin < count; begin += kBlock) {
+        const int blockCount = std::min(count - begin, kBlock);
+        int entries[kBlock];
+        link.FindMany({vertices + begin, static_cast<size_t>(blockCount)}, entries);
+        for (int i = 0; i < blockCount; i += kLineOfDoubles)
+            __builtin_prefetch(held + std::max(entries[i], 0), 1);
+        int changed[kBlock];
+        size_t changedCount = 0;
+        for (int i = 0; i < blockCount; ++i) {
+            const double weight = weights[begin + i];
+            if (entries[i] < 0) {
+                ++passedOver;
+            } else if (held[entries[i]] != weight) {
+                held[entries[i]] = weight;
+                changed[changedCount++] = vertices[begin + i];
+            }
+        }
+        m_state->touched.Add(changed, changedCount);
+        m_version += changedCount;
     }
     return passedOver;
 }

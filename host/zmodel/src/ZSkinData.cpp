@@ -32,10 +32,8 @@ void ZSkin::SetEntries(int link, ZArrayTemplate<int>&& vertices, ZArrayTemplate<
     target.Clear();
     target.vertices = std::move(vertices);
     target.weights = std::move(weights);
-    for (const int vertex : target.vertices) {
-        target.ascending = target.ascending && vertex > target.highest;
-        target.highest = vertex;
-    }
+    for (int entry = 0; entry < target.vertices.GetCount(); ++entry)
+        target.runs.Append(entry, target.vertices[entry]);
     m_state->touched.AddAll();
     ++m_version;
 }
@@ -54,7 +52,7 @@ const ZArrayTemplate<double>& ZSkin::GetEntryWeights(int link) const
 
 bool ZSkin::AreEntriesAscending(int link) const
 {
-    return HasLink("ZSkin::AreEntriesAscending", link) && m_state->links[static_cast<size_t>(link)]->ascending;
+    return HasLink("ZSkin::AreEntriesAscending", link) && m_state->links[static_cast<size_t>(link)]->runs.IsAscending();
 }
 
 const ZgeMatrix& ZSkin::GetInverseBind(int link) const
