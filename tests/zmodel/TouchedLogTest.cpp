@@ -70,4 +70,20 @@ TEST(TouchedLog, ForgetsWhatLiesFartherBack)
     EXPECT_FALSE(log.GetSince(fresh, since));
 }
 
+TEST(TouchedLog, WhatNobodyListensToIsNotRememberedAndLaterReadersAreServed)
+{
+    TouchedLog log(800);
+    const std::uint64_t old = log.GetMark();
+    for (int vertex = 0; vertex < 10000; ++vertex)
+        log.Add(vertex % 800);
+    std::vector<int> since;
+    EXPECT_FALSE(log.GetSince(old, since));
+    const std::uint64_t mark = log.GetMark();
+    EXPECT_GT(mark, old);
+    log.Add(5);
+    EXPECT_TRUE(log.GetSince(mark, since));
+    EXPECT_THAT(since, ElementsAre(5));
+    EXPECT_FALSE(log.GetSince(old, since));
+}
+
 } // namespace

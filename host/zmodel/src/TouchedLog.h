@@ -22,30 +22,31 @@ public:
         AddAll();
         m_kept = TouchedLog(vertexCount).m_kept;
     }
-    void Add(int vertex)
-    {
-        MakeRoom(1);
-        m_vertices.push_back(vertex);
-    }
+    void Add(int vertex) { Add(&vertex, 1); }
     void Add(const int* vertices, size_t count)
     {
-        if (count > m_kept) {
+        if (m_isHeard && count > m_kept)
             AddAll();
-            return;
-        }
-        MakeRoom(count);
-        m_vertices.insert(m_vertices.end(), vertices, vertices + count);
+        if (m_isHeard)
+            MakeRoom(count);
+        if (m_isHeard)
+            m_vertices.insert(m_vertices.end(), vertices, vertices + count);
     }
     void AddAll()
     {
-        m_first = GetMark() + 1;
+        m_first = End() + 1;
         m_vertices.clear();
+        m_isHeard = false;
     }
-    std::uint64_t GetMark() const { return m_first + m_vertices.size(); }
+    std::uint64_t GetMark() const
+    {
+        m_isHeard = true;
+        return m_latestMark = End();
+    }
     /// Appends what was added since `mark`, in that order and with repeats; false when that is not remembered.
     bool GetSince(std::uint64_t mark, std::vector<int>& vertices) const
     {
-        if (mark < m_first || mark > GetMark())
+        if (mark < m_first || mark > End())
             return false;
         vertices.insert(vertices.end(), m_vertices.begin() + static_cast<std::ptrdiff_t>(mark - m_first),
                         m_vertices.end());
@@ -53,6 +54,7 @@ public:
     }
 
 private:
+    std::uint64_t End() const { return m_first + m_vertices.size(); }
     /// Twice what is kept fits; when it is full the older half goes at once, so that an addition costs the same on
     /// average however long the log lives.
     void MakeRoom(size_t count)
@@ -62,11 +64,17 @@ private:
         const size_t old = m_vertices.size() - (2 * m_kept - std::max(m_kept, count));
         m_first += old;
         m_vertices.erase(m_vertices.begin(), m_vertices.begin() + static_cast<std::ptrdiff_t>(old));
+        if (m_latestMark < m_first)
+            AddAll(); // even the latest reader is too far behind
     }
 
     size_t m_kept;
     std::uint64_t m_first = 1; ///< mark before the first vertex that is remembered
     std::vector<int> m_vertices;
+    /// Some mark that was given out can still be answered. While there is none, nothing needs to be remembered: a
+    /// change of all vertices costs no log.
+    mutable bool m_isHeard = false;
+    mutable std::uint64_t m_latestMark = 0;
 };
 
 /// Rising and without repeats.
