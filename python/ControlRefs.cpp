@@ -133,7 +133,7 @@ void ListRef::Drop(const py::object& models) const
 py::object ListRef::DragOut() const
 {
     GlobalDragAndDrop_StartFrom(&List());
-    const py::object models = m_door->Wrap(TakeDraggedModels());
+    py::object models = m_door->Wrap(TakeDraggedModels());
     m_door->Finish();
     return models;
 }
@@ -144,6 +144,7 @@ std::vector<std::string> ComboRef::Items() const
 {
     const ZStringList& items = Combo().GetItems();
     std::vector<std::string> texts;
+    texts.reserve(static_cast<size_t>(items.GetCount()));
     for (int i = 0; i < items.GetCount(); ++i)
         texts.push_back(items.GetAt(i));
     return texts;
@@ -207,6 +208,7 @@ std::vector<std::string> SpreadRef::RowLabels() const
 {
     const ZtSpread& spread = Spread();
     std::vector<std::string> labels;
+    labels.reserve(static_cast<size_t>(spread.GetRowCount()));
     for (int row = 0; row < spread.GetRowCount(); ++row)
         labels.push_back(spread.GetRowLabel(row));
     return labels;

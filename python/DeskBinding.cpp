@@ -108,7 +108,7 @@ py::object OpenTool(const Desk& desk, const std::string& name)
     if (tool == nullptr)
         throw DoorError(ZReport_Warnings().empty() ? "the tool \"" + name + "\" could not be made"
                                                    : ZReport_Warnings().back());
-    const py::object wrapped = desk->WrapTool(*tool, name, label);
+    py::object wrapped = desk->WrapTool(*tool, name, label);
     desk->Finish();
     return wrapped;
 }
@@ -272,8 +272,7 @@ void BindUser(DeskClass& desk)
 /// title, text, buttons, answer: a tuple with names.
 py::object MakeMessageType()
 {
-    const py::object type =
-        py::module_::import("collections").attr("namedtuple")("Message", "title text buttons answer");
+    py::object type = py::module_::import("collections").attr("namedtuple")("Message", "title text buttons answer");
     type.attr("__doc__") =
         "A message box: its texts, the texts of its buttons, and the button pressed, counted from 1.";
     return type;
@@ -286,7 +285,7 @@ void BindDesk(py::module_& module)
     DeskClass desk(module, "Desk",
                    "A session of the host without a window. One at a time; close it, or use it with `with`.");
     desk.def(py::init([](const py::object& plugins, const py::object& settings) {
-                 const Desk opened = OpenDesk(plugins, settings);
+                 Desk opened = OpenDesk(plugins, settings);
                  s_open = opened;
                  return opened;
              }),

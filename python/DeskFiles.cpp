@@ -38,7 +38,7 @@ void CheckSource(ZDocuments& documents, const std::string& source)
 
 py::object OpenFile(const Desk& desk, const py::object& path)
 {
-    const py::object models = desk->Wrap(desk->Documents().Open(PathFrom(path)));
+    py::object models = desk->Wrap(desk->Documents().Open(PathFrom(path)));
     desk->Finish();
     return models;
 }

@@ -82,7 +82,7 @@ ZtView& ControlRef::Get() const
     return *m_object;
 }
 
-std::shared_ptr<Door> Door::Open(ZSession::Options options, bool loadPlugins)
+std::shared_ptr<Door> Door::Open(const ZSession::Options& options, bool loadPlugins)
 {
     if (ZSession::TheOne() != nullptr)
         throw DoorError("a desk is open already; close it first");

@@ -75,7 +75,7 @@ class Door : public std::enable_shared_from_this<Door>
 {
 public:
     /// Opens the session. `loadPlugins` false: none at all. skindesk.Error when a desk is open already.
-    static std::shared_ptr<Door> Open(ZSession::Options options, bool loadPlugins);
+    static std::shared_ptr<Door> Open(const ZSession::Options& options, bool loadPlugins);
     ~Door();
     Door(const Door&) = delete;
     Door& operator=(const Door&) = delete;

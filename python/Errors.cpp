@@ -20,7 +20,7 @@ void RaiseFileError(const skindesk::gltf::FileError& error)
     PyErr_SetObject(s_fileError, exception.ptr());
 }
 
-void Translate(std::exception_ptr thrown)
+void Translate(std::exception_ptr thrown) // NOLINT(performance-unnecessary-value-param): pybind11's own signature
 {
     try {
         std::rethrow_exception(thrown);

@@ -8,7 +8,7 @@ ZWeightUIModelDataList::ZWeightUIModelDataList() = default;
 ZWeightUIModelDataList::ZWeightUIModelDataList(const ZWeightUIModelDataList& other) = default;
 // A move copies: both lists then refer to the same model data.
 ZWeightUIModelDataList::ZWeightUIModelDataList(ZWeightUIModelDataList&& other)
-    : ZObjectListTemplate<ZWeightUIModelData>(other)
+    : ZObjectListTemplate<ZWeightUIModelData>(other) // NOLINT(performance-move-constructor-init)
 {
 }
 ZWeightUIModelDataList::~ZWeightUIModelDataList() = default;
