@@ -20,10 +20,10 @@ void RaiseFileError(const skindesk::gltf::FileError& error)
     PyErr_SetObject(s_fileError, exception.ptr());
 }
 
-void Translate(std::exception_ptr thrown) // NOLINT(performance-unnecessary-value-param): pybind11's own signature
+void Translate(std::exception_ptr thrown)
 {
     try {
-        std::rethrow_exception(thrown);
+        std::rethrow_exception(std::move(thrown));
     } catch (const skindesk::gltf::FileError& error) {
         RaiseFileError(error);
     } catch (const ZHostMisuse& error) {

@@ -91,8 +91,9 @@ make_debian_package() {
     local stage=$top/build/deb-stage package
     rm -rf "$stage" build/packages
     cmake --install build --prefix "$stage/usr" --strip >/dev/null || return 1
-    cpack --config build/CPackConfig.cmake -D CPACK_INSTALL_CMAKE_PROJECTS= \
-        -D "CPACK_INSTALLED_DIRECTORIES=$stage;/" || return 1
+    # From the build folder: what it unpacks on the way stays where it is started.
+    (cd build && cpack --config CPackConfig.cmake -D CPACK_INSTALL_CMAKE_PROJECTS= \
+        -D "CPACK_INSTALLED_DIRECTORIES=$stage;/") || return 1
     package=$(compgen -G 'build/packages/*.deb') || { echo "no package was made"; return 1; }
     lintian --fail-on error "$package" || return 1
     desktop-file-validate packaging/skindesk.desktop || return 1

@@ -8,8 +8,8 @@
 /// Says of a fresh table, before it is first written, that it will be read and written in any order. The system may
 /// then give it out in large pages: in small ones a table of some megabytes has more pages than the processor
 /// remembers, and finding the page takes longer than the memory. Only advice: nothing changes but the speed. Small
-/// tables are left as they are. Memory that is written from one end to the other gains only where all of it is written at
-/// once: collecting large pages takes time, too. Any thread.
+/// tables are left as they are. Memory that is written from one end to the other gains only where all of it is written
+/// at once: collecting large pages takes time, too. Any thread.
 void ZMemory_ExpectAnyOrder(void* table, size_t bytes);
 
 /// The place will be written or read soon. Always inline, as whatever calls it for nothing else must be: g++ takes a
