@@ -82,6 +82,23 @@ TEST_F(Selection, RemovalTakesTheEntryOfTheRightModel)
     EXPECT_TRUE(selection.noSelection);
 }
 
+/// More removals of one vertex in a gesture than are collected: its rows go at once, and the count begins anew.
+TEST_F(Selection, AVertexToggledAThousandTimesInOneBatchEndsAsOneByOne)
+{
+    tool.Pick({0, 1, 0, 2}, kPickAdd);
+    std::vector<int> batch;
+    for (int i = 0; i < 1000; ++i)
+        batch.insert(batch.end(), {0, 4});
+    tool.Pick(batch, kPickToggle);
+    EXPECT_THAT(selection.vertexRows, ElementsAre(1, 2));
+    EXPECT_THAT(data[0]->vertexStates, ElementsAre(0, 2, 2, 0, 0, 0));
+    batch.insert(batch.end(), {0, 4});
+    tool.Pick(batch, kPickToggle);
+    EXPECT_THAT(selection.vertexRows, ElementsAre(1, 2, 4));
+    EXPECT_THAT(data[0]->selectedVertices, ElementsAre(1, 2, 4));
+    EXPECT_THAT(data[0]->vertexStates, ElementsAre(0, 2, 2, 0, 2, 0));
+}
+
 TEST_F(Selection, ToggleSelectsAndActivatesOrRemoves)
 {
     tool.Pick({0, 1, 0, 2}, kPickAdd);
