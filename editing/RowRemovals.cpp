@@ -42,8 +42,8 @@ void RowRemovals::CountRows()
 
 void RowRemovals::Reserve(int more)
 {
-    m_rows.vertexRows.ReserveMore(more);
-    m_rows.vertexModels.ReserveMore(more);
+    ZMemory_ReserveMore(m_rows.vertexRows, more);
+    ZMemory_ReserveMore(m_rows.vertexModels, more);
 }
 
 void RowRemovals::Append(ZWeightUIModelData& data, int vertex)
@@ -69,16 +69,29 @@ void RowRemovals::Remove(ZWeightUIModelData& data, int vertex)
     if (count->pending < kMost)
         return;
     Finish();
+    ForgetCounts();
+    CountRows();
+}
+
+void RowRemovals::ForgetCounts()
+{
     m_counts.clear();
     m_lastData = nullptr;
     m_lastCounts = nullptr;
-    CountRows();
+    m_counted = false;
 }
 
 void RowRemovals::Finish()
 {
     if (m_pendingCount == 0)
         return;
+    if (IsListEmpty()) {
+        m_rows.vertexRows.RemoveAll();
+        m_rows.vertexModels.RemoveAll();
+        m_pendingCount = 0;
+        ForgetCounts();
+        return;
+    }
     int kept = 0;
     for (int row = 0; row < m_rows.vertexRows.GetCount(); ++row) {
         FetchRowAhead(row);

@@ -47,6 +47,7 @@ private:
     ModelCounts& CountsOf(const ZWeightUIModelData* data);
     Counts* CountOf(const ZWeightUIModelData* data, int vertex);
     void CountRows();
+    void ForgetCounts();
     /// Rows stand in the order of the picks: the count of a later one, most likely of the same model, is fetched early.
     [[gnu::always_inline]] void FetchRowAhead(int row) const
     {

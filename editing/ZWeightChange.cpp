@@ -9,6 +9,7 @@
 #include "editing/SpreadRebalance.h"
 #include "editing/ZWeightSelection.h"
 #include "editing/ZWeightingUndo.h"
+#include "zbaselib/ZMemory.h"
 
 #include <cstring>
 #include <unordered_map>
@@ -91,23 +92,26 @@ void ZWeightChange::WriteSpread(const RebalancedSpread& spread)
 void ZWeightChange::WriteToTargets(std::span<const int> bones, std::span<const double> weights)
 {
     std::vector<ZWeightUIModelData*> models;
-    std::unordered_map<ZWeightUIModelData*, std::vector<int>> verticesOf;
-    ZWeightUIModelData* last = nullptr;
-    std::vector<int>* vertices = nullptr;
-    for (const int target : m_owner.Selection().targetRows) {
-        const Row row = RowAt(target);
-        if (row.data == nullptr)
+    std::unordered_map<ZWeightUIModelData*, ZArrayTemplate<int>> verticesOf;
+    const std::span<const int> targets = m_owner.Selection().targetRows.Span();
+    size_t next = 0;
+    while (next < targets.size()) {
+        // Targets of one model stand together, mostly.
+        ZWeightUIModelData* const model = RowAt(targets[next]).data;
+        const size_t begin = next;
+        while (next < targets.size() && RowAt(targets[next]).data == model)
+            ++next;
+        if (model == nullptr)
             continue;
-        if (row.data != last) {
-            vertices = &verticesOf[row.data];
-            if (vertices->empty())
-                models.push_back(row.data);
-            last = row.data;
-        }
-        vertices->push_back(row.vertex);
+        ZArrayTemplate<int>& vertices = verticesOf[model];
+        if (vertices.IsEmpty())
+            models.push_back(model);
+        ZMemory_ReserveMore(vertices, static_cast<int>(next - begin));
+        for (size_t i = begin; i < next; ++i)
+            vertices.Add(RowAt(targets[i]).vertex);
     }
     for (ZWeightUIModelData* const model : models)
-        model->SetManyVertexSpreads(verticesOf[model], bones, weights);
+        model->SetManyVertexSpreads(verticesOf[model].Span(), bones, weights);
 }
 
 void ZWeightChange::SetSpreadWeight(int bone, double percent)

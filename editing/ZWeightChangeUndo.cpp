@@ -34,9 +34,10 @@ void ZWeightingWeightChangeUndoEntry::Reserve(int vertexCount, int influenceCoun
     m_links.Reserve(influenceCount);
     m_weights.Reserve(influenceCount);
     // Fresh and written at once: in large pages the system gives them out several times as fast.
-    const size_t bytes = sizeof(int) * static_cast<size_t>(influenceCount);
-    ZMemory_ExpectAnyOrder(m_links.GetData(), bytes);
-    ZMemory_ExpectAnyOrder(m_weights.GetData(), bytes);
+    ZMemory_ExpectAnyOrder(vertices.GetData(), vertices.GetHeapBytes());
+    ZMemory_ExpectAnyOrder(m_offsets.GetData(), m_offsets.GetHeapBytes());
+    ZMemory_ExpectAnyOrder(m_links.GetData(), m_links.GetHeapBytes());
+    ZMemory_ExpectAnyOrder(m_weights.GetData(), m_weights.GetHeapBytes());
 }
 
 void ZWeightingWeightChangeUndoEntry::AddVertex(int vertex, const VertexInfluences& before)

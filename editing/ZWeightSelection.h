@@ -54,6 +54,7 @@ public:
     void Clear();
 
 private:
+    bool AppendActiveRowsInOrder();
     void AppendActiveRows();
     void DeselectUnchecked();
 

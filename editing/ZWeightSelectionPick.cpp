@@ -70,7 +70,7 @@ public:
     template <class Action> void ForEach(const ZArrayTemplate<int>& batch, const Action& action)
     {
         // Batches may come in any order: what a later pair needs is fetched while earlier ones are at work.
-        constexpr int kAhead = 2 * 32;
+        constexpr int kAhead = 2 * 128;
         int previous = -1;
         ZWeightingSelectionUndo* undo = nullptr;
         ZWeightUIModelData* data = nullptr;

@@ -146,7 +146,10 @@ void ZWeightSelection::SyncPanelSelection()
         Clear();
         return;
     }
-    AppendActiveRows();
+    if (!AppendActiveRowsInOrder()) {
+        targetRows.RemoveAll();
+        AppendActiveRows();
+    }
     noActive = targetRows.IsEmpty();
     if (vertexRows.IsEmpty()) {
         noSelection = true;
@@ -179,6 +182,38 @@ void ZWeightSelection::DeselectUnchecked()
     }
     vertexRows.SetCount(kept);
     vertexModels.SetCount(kept);
+}
+
+/// A pick appends rows and active vertices in the same order: then going along both finds the rows. False where orders
+/// differ, or a vertex has two rows; what was appended until then does not count.
+bool ZWeightSelection::AppendActiveRowsInOrder()
+{
+    ZWeightUIModelDataList& models = m_owner.ModelDataList();
+    int model = 0;
+    int next = 0; // of the model's active vertices
+    const auto isDone = [&] { return next == models[model]->activeVertices.GetCount(); };
+    for (int row = 0; row < vertexRows.GetCount(); ++row) {
+        const ZWeightUIModelData& data = *vertexModels[row];
+        if (data.activeVertices.IsEmpty())
+            continue;
+        for (; models[model] != &data; next = 0)
+            if (!isDone() || ++model == models.GetCount())
+                return false;
+        if (next == 0)
+            ZMemory_ReserveMore(targetRows, data.activeVertices.GetCount());
+        if (!isDone() && data.activeVertices[next] == vertexRows[row]) {
+            targetRows.Add(row);
+            ++next;
+            continue;
+        }
+        ZMemory_FetchAhead(data.vertexStates, vertexRows.Span(), row);
+        if (data.GetVertexState(vertexRows[row]) == 2)
+            return false;
+    }
+    for (; model < models.GetCount(); ++model, next = 0)
+        if (!isDone())
+            return false;
+    return true;
 }
 
 /// For each model in list order and each of its active vertices in activation order: every row of that vertex,
@@ -219,7 +254,7 @@ void ZWeightSelection::AppendActiveRows()
         if (found == firstRows.end())
             continue;
         const ZArrayTemplate<int, 16>& active = models[i]->activeVertices;
-        targetRows.ReserveMore(active.GetCount());
+        ZMemory_ReserveMore(targetRows, active.GetCount());
         for (int k = 0; k < active.GetCount(); ++k) {
             ZMemory_FetchAhead(found->second, active.Span(), k);
             for (int row = found->second[active[k]]; row >= 0; row = nextRow[static_cast<size_t>(row)])
@@ -239,8 +274,8 @@ void ZWeightSelection::RebuildRows()
         if (data->modelSelected == 0)
             continue;
         const std::span<const int> selected = data->selectedVertices.Span();
-        vertexRows.ReserveMore(static_cast<int>(selected.size()));
-        vertexModels.ReserveMore(static_cast<int>(selected.size()));
+        ZMemory_ReserveMore(vertexRows, static_cast<int>(selected.size()));
+        ZMemory_ReserveMore(vertexModels, static_cast<int>(selected.size()));
         for (size_t k = 0; k < selected.size(); ++k) {
             ZMemory_FetchAhead(data->vertexStates, selected, static_cast<int>(k));
             const int row = vertexRows.Add(selected[k]);

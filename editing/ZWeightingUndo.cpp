@@ -70,7 +70,7 @@ void ZWeightingSelectionUndo::SetModel(ZWeightUIModelData* data) { model.Set(dat
 void ZWeightingSelectionUndo::Reserve(int more)
 {
     for (ZArrayTemplate<int, 16>* const list : {&vertices, &oldStates, &newStates})
-        list->ReserveMore(more);
+        ZMemory_ReserveMore(*list, more);
 }
 
 void ZWeightingSelectionUndo::RecordTransition(int vertex, int oldState, int newState)
@@ -86,7 +86,7 @@ void ZWeightingSelectionUndo::TransactionClosed()
 {
     // Growing left room that is not needed any more.
     for (ZArrayTemplate<int, 16>* const list : {&vertices, &oldStates, &newStates})
-        *list = ZArrayTemplate<int, 16>(*list);
+        list->ShrinkToFit();
 }
 
 void ZWeightingSelectionUndo::Undo()

@@ -31,8 +31,9 @@ bool SkinReader::Takes(float weight) const
     return IsInfluenceWeight(weight) && (m_filter == kNotNegative || weight > 0.0F);
 }
 
-void SkinReader::ReadBlock(VertexInfluences* records, int begin, int end)
+void SkinReader::ReadBlock(VertexInfluencesSlab& slab, int begin, int end)
 {
+    VertexInfluences* const records = slab.GetData();
     for (Entries& entries : m_entries) {
         int entry = entries.cursor;
         while (entry < entries.count && entries.vertices[entry] < begin)
@@ -40,7 +41,7 @@ void SkinReader::ReadBlock(VertexInfluences* records, int begin, int end)
         for (; entry < entries.count && entries.vertices[entry] < end; ++entry) {
             const float weight = static_cast<float>(entries.weights[entry]);
             if (Takes(weight))
-                records[entries.vertices[entry]].Add(entries.link, weight);
+                slab.Add(records[entries.vertices[entry]], entries.link, weight);
             else
                 m_passedOver = true;
         }
@@ -48,25 +49,25 @@ void SkinReader::ReadBlock(VertexInfluences* records, int begin, int end)
     }
 }
 
-void SkinReader::ReadAll(VertexInfluences* records, int vertexCount)
+void SkinReader::ReadAll(VertexInfluencesSlab& slab, int vertexCount)
 {
     for (const Entries& entries : m_entries) {
         if (entries.vertices == nullptr) {
-            ReadEntryByEntry(entries, records, vertexCount);
+            ReadEntryByEntry(entries, slab, vertexCount);
             continue;
         }
         for (int entry = 0; entry < entries.count; ++entry) {
             const int vertex = entries.vertices[entry];
             const float weight = static_cast<float>(entries.weights[entry]);
             if (vertex >= 0 && vertex < vertexCount && Takes(weight))
-                records[vertex].Add(entries.link, weight);
+                slab.Add(slab.GetData()[vertex], entries.link, weight);
             else
                 m_passedOver = true;
         }
     }
 }
 
-void SkinReader::ReadEntryByEntry(const Entries& entries, VertexInfluences* records, int vertexCount)
+void SkinReader::ReadEntryByEntry(const Entries& entries, VertexInfluencesSlab& slab, int vertexCount)
 {
     m_links.BeginLink(entries.link);
     const int count = m_links.EntryCount();
@@ -74,7 +75,7 @@ void SkinReader::ReadEntryByEntry(const Entries& entries, VertexInfluences* reco
         const int vertex = m_links.EntryVertex(entry);
         const float weight = static_cast<float>(m_links.EntryWeight(entry));
         if (vertex >= 0 && vertex < vertexCount && Takes(weight))
-            records[vertex].Add(entries.link, weight);
+            slab.Add(slab.GetData()[vertex], entries.link, weight);
         else
             m_passedOver = true;
     }

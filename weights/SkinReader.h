@@ -2,7 +2,7 @@
 // Reads the entries of a skin's links into records, vertex by vertex.
 #pragma once
 
-#include "weights/VertexInfluences.h"
+#include "weights/VertexInfluencesSlab.h"
 
 #include <vector>
 
@@ -24,9 +24,9 @@ public:
     /// Do the entries of every link come in the order of the vertices, as arrays? Then ReadBlock may be used.
     bool FollowsVertices() const { return m_followsVertices; }
     /// Appends to the records of the vertices begin .. end-1. Blocks are asked for in ascending order, without gaps.
-    void ReadBlock(VertexInfluences* records, int begin, int end);
+    void ReadBlock(VertexInfluencesSlab& slab, int begin, int end);
     /// Appends to all records, link after link.
-    void ReadAll(VertexInfluences* records, int vertexCount);
+    void ReadAll(VertexInfluencesSlab& slab, int vertexCount);
     /// Was there an entry that did not go into a record?
     bool PassedOverAny() const { return m_passedOver; }
 
@@ -40,7 +40,7 @@ private:
         int cursor = 0;
     };
     bool Takes(float weight) const;
-    void ReadEntryByEntry(const Entries& entries, VertexInfluences* records, int vertexCount);
+    void ReadEntryByEntry(const Entries& entries, VertexInfluencesSlab& slab, int vertexCount);
 
     ISkinLinks& m_links;
     Filter m_filter;

@@ -75,7 +75,7 @@ void SkinRewriter_Rewrite(ISkinLinks& links, const VertexInfluences* records, in
 }
 
 SkinWeightBatch::SkinWeightBatch(ISkinLinks* links, size_t vertices)
-    : m_links(links), m_setsPerLink(static_cast<int>(std::clamp<size_t>(vertices, 1, 512))),
+    : m_links(links), m_vertices(static_cast<int>(vertices)), m_setsPerLink(static_cast<int>(std::clamp<size_t>(vertices, 1, 512))),
       m_setCounts(links != nullptr ? static_cast<size_t>(links->LinkCount()) : 0, 0),
       m_setVertices(new int[m_setCounts.size() * static_cast<size_t>(m_setsPerLink)]),
       m_setWeights(new double[m_setCounts.size() * static_cast<size_t>(m_setsPerLink)]), m_adds(m_setCounts.size())
@@ -110,6 +110,11 @@ void SkinWeightBatch::WriteLink(int link)
     if (setCount == 0 && adds.vertices.empty())
         return;
     m_links->BeginLink(link);
+    // The first of many: a link gets one new entry a vertex at most.
+    if (adds.vertices.size() == kAdds && !adds.hasRoom) {
+        m_links->ReserveEntries(m_vertices);
+        adds.hasRoom = true;
+    }
     // New entries first: a weight that was set after its entry was added finds it.
     if (!adds.vertices.empty() && m_mayBeThere)
         SetOrAddEach(adds);

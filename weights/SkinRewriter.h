@@ -49,6 +49,7 @@ private:
     {
         std::vector<int> vertices;
         std::vector<double> weights;
+        bool hasRoom = false; ///< the link knows that many come
     };
 
     bool HasLink(int link) const { return link >= 0 && static_cast<size_t>(link) < m_setCounts.size(); }
@@ -57,6 +58,7 @@ private:
     void SetOrAddEach(const NewEntries& entries);
 
     ISkinLinks* m_links;
+    int m_vertices;
     int m_setsPerLink;
     std::vector<int> m_setCounts; ///< by link
     std::unique_ptr<int[]> m_setVertices;

@@ -113,13 +113,13 @@ void ZWeightUIModelData::ReadSkin(ISkinLinks& links, int vertexCount, bool fresh
         for (int begin = 0; begin < vertexCount; begin += kBlock) {
             const int end = std::min(begin + kBlock, vertexCount);
             PrepareRecords(begin, end, fresh);
-            reader.ReadBlock(records, begin, end);
+            reader.ReadBlock(m_private->slab, begin, end);
             if (normalise)
                 NormaliseRecords(records, begin, end);
         }
     } else {
         PrepareRecords(0, vertexCount, fresh);
-        reader.ReadAll(records, vertexCount);
+        reader.ReadAll(m_private->slab, vertexCount);
         if (normalise)
             NormaliseRecords(records, 0, vertexCount);
     }

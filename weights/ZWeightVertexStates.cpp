@@ -148,17 +148,24 @@ void ZWeightUIModelData::BeginSelectionBatch()
 
 void ZWeightUIModelData::EndSelectionBatch()
 {
-    if (m_private->batchDepth == 0 || --m_private->batchDepth > 0)
-        return;
-    FlushSelectionBatch();
+    if (m_private->batchDepth == 1)
+        FlushSelectionBatch();
+    if (m_private->batchDepth > 0)
+        --m_private->batchDepth;
 }
 
 void ZWeightUIModelData::FlushSelectionBatch()
 {
     Private& state = *m_private;
-    if (state.liveSelected < selectedVertices.GetCount())
+    if (state.batchDepth == 0)
+        return; // outside of a batch the lists are true, and nobody counts
+    if (state.liveSelected == 0)
+        selectedVertices.RemoveAll();
+    else if (state.liveSelected < selectedVertices.GetCount())
         (state.selectedCameBack ? DropLeftAndEarlier : DropLeft)(selectedVertices, vertexStates, kSelected);
-    if (state.liveActive < activeVertices.GetCount())
+    if (state.liveActive == 0)
+        activeVertices.RemoveAll();
+    else if (state.liveActive < activeVertices.GetCount())
         (state.activeCameBack ? DropLeftAndEarlier : DropLeft)(activeVertices, vertexStates, kActive);
     state.selectedCameBack = false;
     state.activeCameBack = false;
@@ -191,7 +198,7 @@ void ZWeightUIModelData::ReserveSelection(int more)
     // No list holds more than all vertices, whatever the batch repeats.
     const int all = vertexStates.GetCount();
     const auto reserve = [all, more](ZArrayTemplate<int, 16>& list) {
-        list.ReserveMore(std::max(0, std::min(more, all - list.GetCount())));
+        ZMemory_ReserveMore(list, std::max(0, std::min(more, all - list.GetCount())));
     };
     reserve(selectedVertices);
     reserve(activeVertices);

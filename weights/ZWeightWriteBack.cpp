@@ -40,8 +40,20 @@ private:
     std::vector<std::uint32_t> m_rounds;
 };
 
-void Copy(const VertexInfluencesView& from, VertexInfluences& to)
+/// Are the new record's links those that the record has first?
+bool BeginsWith(const VertexInfluences& record, const VertexInfluencesView& view)
 {
+    if (view.count > record.GetCount())
+        return false;
+    bool same = true; // for so few numbers quicker than to stop at the first that differs
+    for (int k = 0; k < view.count; ++k)
+        same &= view.links[k] == record.links[k];
+    return same;
+}
+
+void Copy(const VertexInfluencesView& from, VertexInfluences& to, VertexInfluencesSlab& slab)
+{
+    slab.MakeRoom(to, from.count);
     to.links.Assign(from.links, from.count);
     to.weights.Assign(from.weights, from.count);
 }
@@ -141,7 +153,7 @@ void ZWeightUIModelData::SetVertexBoneWeight(int bone, int vertex, double weight
     if (place < 0 && weight == 0.0)
         return;
     if (place < 0)
-        record->Add(link, static_cast<float>(weight));
+        m_private->slab.Add(*record, link, static_cast<float>(weight));
     else
         record->weights[place] = static_cast<float>(weight);
     if (!linkIsThere)
@@ -214,7 +226,7 @@ void ZWeightUIModelData::SetManyVertexSpreads(std::span<const int> vertices, std
             if (seen.IsMarked(link))
                 continue;
             const double weight = weightOfLink[static_cast<size_t>(link)];
-            record->Add(link, static_cast<float>(weight));
+            m_private->slab.Add(*record, link, static_cast<float>(weight));
             skin.Add(link, vertex, weight, m_private->skinHoldsMore);
         }
     }
@@ -244,10 +256,13 @@ void ZWeightUIModelData::ApplyManyVertexInfluences(std::span<const int> vertices
         FetchRecordAhead(vertexInfluences, vertices, index);
         const VertexInfluencesView view = records[static_cast<int>(index)];
         named.Next();
-        for (int k = 0; k < view.count; ++k)
+        // An undo takes back what was appended: then the new record is how the present one begins.
+        const int common = BeginsWith(*record, view) ? view.count : 0;
+        for (int k = common; k < view.count; ++k)
             named.Mark(view.links[k]);
         // What the new record does not name ends at 0; what it names need not be 0 in between.
-        for (const int link : record->links) {
+        for (int k = common; k < record->GetCount(); ++k) {
+            const int link = record->links[k];
             if (named.IsMarked(link))
                 continue;
             skin.Set(link, vertex, 0.0);
@@ -255,7 +270,7 @@ void ZWeightUIModelData::ApplyManyVertexInfluences(std::span<const int> vertices
         }
         for (int k = 0; k < view.count; ++k)
             skin.Set(view.links[k], vertex, static_cast<double>(view.weights[k]));
-        Copy(view, *record);
+        Copy(view, *record, m_private->slab);
     }
     if (skin.Finish() > 0)
         m_private->recordsHoldMore = true;

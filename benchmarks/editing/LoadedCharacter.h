@@ -15,6 +15,8 @@ public:
     explicit LoadedCharacter(const LargeSkin& skin) : character(skin), data(tool.Admit(&character.Mesh()))
     {
         tool.RebuildBoneList();
+        // As the session does after every event: what normalising changed is said, and is over.
+        character.Mesh().GetSkin()->TakeNormalisedCount();
     }
     /// Influences and colours, as they are stored.
     size_t RecordBytes() const

@@ -22,6 +22,7 @@ void WeightChangeOnAll(benchmark::State& state)
         LoadedCharacter loaded(SkinOf(state));
         ActivateAll(loaded);
         const size_t bytesBefore = loaded.RecordBytes();
+        Bench_HavePagesAtHand(4 * SkinOf(state).ByteCount());
         const double first = Bench_Time([&] { loaded.tool.change.ApplyWeightChange(true, true, 40, 0); });
         state.SetIterationTime(first);
         // Now the records hold what they had at weight 0, and the new spread: the bytes touched.

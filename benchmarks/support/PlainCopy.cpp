@@ -3,6 +3,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include <sys/mman.h>
+
 #include <algorithm>
 #include <cstring>
 #include <ctime>
@@ -20,6 +22,16 @@ double Bench_Time(const std::function<void()>& work)
     const double begin = Bench_Seconds();
     work();
     return Bench_Seconds() - begin;
+}
+
+void Bench_HavePagesAtHand(size_t bytes)
+{
+    void* const pages = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (pages == MAP_FAILED)
+        return;
+    madvise(pages, bytes, MADV_HUGEPAGE);
+    std::memset(pages, 1, bytes);
+    munmap(pages, bytes);
 }
 
 double Bench_CopySeconds(size_t bytes)

@@ -61,6 +61,7 @@ void FirstRefresh(benchmark::State& state)
         character.Fill();
         ZWeightUIModelData data(&character.Mesh(), &owner, false);
         data.SetModelSelected(true, nullptr);
+        Bench_HavePagesAtHand(4 * skin.ByteCount());
         const double seconds = Bench_Time([&] { data.Refresh(); });
         state.SetIterationTime(seconds);
         total += seconds;

@@ -135,6 +135,23 @@ public:
         if (needed > m_capacity)
             Reallocate(std::max(needed, m_capacity > limit / 3 * 2 ? limit : m_capacity + m_capacity / 2));
     }
+    /// Gives back room that the contents do not need, mostly in place; without memory for a smaller place it stays.
+    void ShrinkToFit()
+    {
+        if (IsInline() || IsBorrowed() || m_count == m_capacity)
+            return;
+        if (m_count <= kInlineCount) {
+            const ZArrayTemplate inlined(*this);
+            Release();
+            Assign(inlined.m_data, inlined.m_count);
+            return;
+        }
+        void* const fitting = std::realloc(static_cast<void*>(m_data), sizeof(T) * static_cast<size_t>(m_count));
+        if (fitting == nullptr)
+            return;
+        m_data = static_cast<T*>(fitting);
+        m_capacity = m_count;
+    }
     /// Sets the count; new elements are value-initialised (zero for numbers).
     void SetCount(int count)
     {
@@ -171,7 +188,22 @@ public:
         m_count -= removed;
         return removed;
     }
-    /// Bytes on the heap beside the array object itself.
+    /// Moves the contents to `memory`, which has room for `capacity` elements, more than the contents are and more than
+    /// the array keeps inside itself. It belongs to somebody else, who keeps it for as long as this array, or one that
+    /// its contents are moved to, uses it: until it outgrows it, is released or ends.
+    void Borrow(T* memory, int capacity)
+    {
+        static_assert(kInlineCount > 0, "an array that can borrow says so in the memory that it keeps inside itself");
+        assert(capacity >= m_count && capacity > kInlineCount);
+        if (m_count > 0)
+            std::memcpy(static_cast<void*>(memory), m_data, sizeof(T) * static_cast<size_t>(m_count));
+        FreeHeap();
+        m_data = memory;
+        m_capacity = capacity;
+        m_inline[0] = kBorrowed;
+    }
+    bool IsBorrowed() const { return kInlineCount > 0 && !IsInline() && m_inline[0] == kBorrowed; }
+    /// Bytes on the heap beside the array object itself, borrowed ones included.
     size_t GetHeapBytes() const { return IsInline() ? 0 : sizeof(T) * static_cast<size_t>(m_capacity); }
 
     friend bool operator==(const ZArrayTemplate& a, const ZArrayTemplate& b)
@@ -180,6 +212,9 @@ public:
     }
 
 private:
+    /// Whose memory it is, in the first inline byte while the contents stand elsewhere.
+    static constexpr unsigned char kOwned = 0;
+    static constexpr unsigned char kBorrowed = 1;
     static constexpr size_t kInlineStorage = kInlineCount > 0 ? sizeof(T) * static_cast<size_t>(kInlineCount) : 1;
 
     T* InlineData() { return kInlineCount > 0 ? reinterpret_cast<T*>(m_inline) : nullptr; }
@@ -192,7 +227,7 @@ private:
     }
     void FreeHeap()
     {
-        if (!IsInline())
+        if (!IsInline() && !IsBorrowed())
             std::free(static_cast<void*>(m_data));
     }
     void Take(ZArrayTemplate& other)
@@ -208,6 +243,7 @@ private:
         m_data = other.m_data;
         m_count = other.m_count;
         m_capacity = other.m_capacity;
+        m_inline[0] = other.m_inline[0];
         other.Reset();
     }
     void Grow(int needed)
@@ -219,13 +255,15 @@ private:
     void Reallocate(int capacity)
     {
         const size_t bytes = sizeof(T) * static_cast<size_t>(capacity);
-        void* const grown = IsInline() ? std::malloc(bytes) : std::realloc(static_cast<void*>(m_data), bytes);
+        const bool isOurs = !IsInline() && !IsBorrowed();
+        void* const grown = isOurs ? std::realloc(static_cast<void*>(m_data), bytes) : std::malloc(bytes);
         if (grown == nullptr)
             throw std::bad_alloc();
-        if (kInlineCount > 0 && IsInline() && m_count > 0)
+        if (!isOurs && m_count > 0)
             std::memcpy(grown, m_data, sizeof(T) * static_cast<size_t>(m_count));
         m_data = static_cast<T*>(grown);
         m_capacity = capacity;
+        m_inline[0] = kOwned;
     }
 
     T* m_data = InlineData();

@@ -94,6 +94,8 @@ public:
         for (int i = 0; i < count; ++i)
             AddEntry(vertices[i], weights[i]);
     }
+    /// So many more entries are about to come, at most: room for them is better made at once. Changes nothing else.
+    virtual void ReserveEntries(int more) { static_cast<void>(more); }
     /// Sets the weights of `count` vertices, in order; a vertex without an entry is passed over. Answers how many were.
     virtual int SetVertexWeights(const int* vertices, const double* weights, int count)
     {

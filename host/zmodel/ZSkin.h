@@ -46,6 +46,7 @@ public:
     void ResetLinkOption(int option) override;
     bool EntryArrays(const int*& vertices, const double*& weights, int& count) override;
     void AddEntries(const int* vertices, const double* weights, int count) override;
+    void ReserveEntries(int more) override;
     int SetVertexWeights(const int* vertices, const double* weights, int count) override;
     int DeformMode() override;
     void SetSkinDisplayValue(double value) override;

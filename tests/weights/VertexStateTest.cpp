@@ -177,6 +177,18 @@ TEST_F(VertexState, FlagsAreTrueInTheMiddleOfABatch)
     EXPECT_THAT(data->selectedVertices, ElementsAre(0));
 }
 
+TEST_F(VertexState, MakingTheListsTrueOutsideABatchChangesNothing)
+{
+    data->SetVertexState(0, 2);
+    data->BeginSelectionBatch();
+    data->DeselectVertex(0, nullptr);
+    data->EndSelectionBatch();
+    data->SetVertexState(0, 2);
+    data->FlushSelectionBatch();
+    EXPECT_THAT(data->selectedVertices, ElementsAre(0));
+    EXPECT_THAT(data->activeVertices, ElementsAre(0));
+}
+
 TEST_F(VertexState, BatchesNest)
 {
     data->SetVertexState(0, 1);

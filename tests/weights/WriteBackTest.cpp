@@ -47,6 +47,19 @@ TEST_F(WriteBack, OldLinksThatTheNewRecordDoesNotNameEndAtZero)
     EXPECT_EQ(*data->vertexInfluences[1], Record({{1, 1.0F}}));
 }
 
+TEST_F(WriteBack, WhatWasAppendedEndsAtZeroUnlessItIsNamed)
+{
+    // A record may name a link twice; what the new record says of the link is what counts.
+    *data->vertexInfluences[1] = Record({{0, 0.25F}, {1, 0.5F}, {0, 0.25F}});
+    data->ApplyVertexInfluences(1, Record({{0, 0.75F}}));
+    EXPECT_EQ(TinyCharacter::WeightOf(mesh, 0, 1), 0.75);
+    EXPECT_EQ(TinyCharacter::WeightOf(mesh, 1, 1), 0.0);
+    EXPECT_EQ(*data->vertexInfluences[1], Record({{0, 0.75F}}));
+    data->ApplyVertexInfluences(1, Record({}));
+    EXPECT_EQ(TinyCharacter::WeightOf(mesh, 0, 1), 0.0);
+    EXPECT_EQ(data->vertexInfluences[1]->GetCount(), 0);
+}
+
 TEST_F(WriteBack, NeverAddsAnEntry)
 {
     data->ApplyVertexInfluences(1, Record({{2, 0.75F}, {0, 0.25F}}));

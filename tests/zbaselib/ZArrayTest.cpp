@@ -4,7 +4,11 @@
 
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
+
+#include <algorithm>
+#include <memory>
 #include <utility>
+#include <vector>
 
 namespace {
 template <int Inline> std::vector<int> ToVector(const ZArrayTemplate<int, Inline>& array)
@@ -12,13 +16,17 @@ template <int Inline> std::vector<int> ToVector(const ZArrayTemplate<int, Inline
     return {array.begin(), array.end()};
 }
 
+/// Memory that arrays borrow, for as long as a test lasts.
+using Lender = std::vector<std::unique_ptr<int[]>>;
+
 /// One random change, made to both.
-template <int Inline> void ChangeBoth(ZArrayTemplate<int, Inline>& array, std::vector<int>& plain)
+template <int Inline>
+void ChangeBoth(ZArrayTemplate<int, Inline>& array, std::vector<int>& plain, [[maybe_unused]] Lender& lender)
 {
     const int count = static_cast<int>(plain.size());
     const int value = *rc::gen::inRange(-5, 6);
     const int place = count == 0 ? 0 : *rc::gen::inRange(0, count);
-    switch (*rc::gen::inRange(0, 9)) {
+    switch (*rc::gen::inRange(0, 11)) {
     case 0:
         RC_ASSERT(array.Add(value) == count);
         plain.push_back(value);
@@ -61,6 +69,19 @@ template <int Inline> void ChangeBoth(ZArrayTemplate<int, Inline>& array, std::v
             plain.push_back(plain[static_cast<size_t>(place)]);
         }
         break;
+    case 8:
+        array.ShrinkToFit();
+        RC_ASSERT(array.IsBorrowed() || array.GetCapacity() == std::max(count, array.kInlineCount));
+        break;
+    case 9:
+        if constexpr (Inline > 0) {
+            const int room = std::max(count, array.kInlineCount + 1) + *rc::gen::inRange(0, 4);
+            lender.emplace_back(new int[static_cast<size_t>(room)]); // exactly: one more would be found out
+            array.Borrow(lender.back().get(), room);
+            RC_ASSERT(array.IsBorrowed());
+            RC_ASSERT(array.GetCapacity() == room);
+        }
+        break;
     default:
         array.RemoveAll();
         plain.clear();
@@ -70,11 +91,12 @@ template <int Inline> void ChangeBoth(ZArrayTemplate<int, Inline>& array, std::v
 
 template <int Inline> void BehavesLikeVector()
 {
+    Lender lender;
     ZArrayTemplate<int, Inline> array;
     std::vector<int> plain;
     const int steps = *rc::gen::inRange(0, 60);
     for (int i = 0; i < steps; ++i) {
-        ChangeBoth(array, plain);
+        ChangeBoth(array, plain, lender);
         RC_ASSERT(ToVector(array) == plain);
         RC_ASSERT(array.GetCapacity() >= array.GetCount());
         const int value = *rc::gen::inRange(-5, 6);
@@ -111,6 +133,21 @@ TEST(ZArray, RoomAskedForAgainAndAgainGrowsByHalf)
     EXPECT_LT(moves, 25); // log(1000) / log(1.5) and a few short steps at the start
     for (int i = 0; i < numbers.GetCount(); ++i)
         ASSERT_EQ(numbers[i], i);
+}
+
+TEST(ZArray, BorrowedMemoryIsUsedUntilItIsOutgrown)
+{
+    int memory[6] = {};
+    ZArrayTemplate<int, 16> array{1, 2, 3, 4, 5};
+    array.Borrow(memory, 6);
+    array.Add(6);
+    EXPECT_EQ(array.GetData(), memory);
+    EXPECT_EQ(memory[5], 6);
+    EXPECT_EQ(array.GetHeapBytes(), sizeof(memory));
+    array.Add(7);
+    EXPECT_FALSE(array.IsBorrowed());
+    EXPECT_EQ(ToVector(array), (std::vector<int>{1, 2, 3, 4, 5, 6, 7}));
+    EXPECT_EQ(memory[5], 6); // still the lender's
 }
 
 TEST(ZArray, FindsAfterAStartIndex)

@@ -105,8 +105,10 @@ RC_GTEST_PROP(RisingRuns, ManyAtOnceAreFoundAsOneByOne, ())
         for (int vertex = *rc::gen::inRange(0, 40); vertex < 400; vertex += *rc::gen::inRange(1, 60))
             entries.Append(vertex);
     for (int round = 0; round < 3; ++round) {
+        // Without a gap, or with some.
+        const int longestStep = *rc::gen::element(2, 50);
         std::vector<int> wanted;
-        for (int vertex = *rc::gen::inRange(0, 300); vertex < 420; vertex += *rc::gen::inRange(1, 50))
+        for (int vertex = *rc::gen::inRange(0, 300); vertex < 420; vertex += *rc::gen::inRange(1, longestStep))
             wanted.push_back(vertex);
         std::vector<int> found(wanted.size());
         if (!entries.runs.FindRising(entries.vertices.data(), static_cast<int>(entries.vertices.size()), wanted,
@@ -116,6 +118,47 @@ RC_GTEST_PROP(RisingRuns, ManyAtOnceAreFoundAsOneByOne, ())
             const auto first = std::find(entries.vertices.begin(), entries.vertices.end(), wanted[i]);
             RC_ASSERT(found[i] ==
                       (first == entries.vertices.end() ? -1 : static_cast<int>(first - entries.vertices.begin())));
+        }
+    }
+}
+
+TEST(RisingRuns, EntriesSideBySideAreAStretch)
+{
+    Entries entries({2, 4, 6, 8, 5, 7, 9});
+    const auto stretch = [&entries](const std::vector<int>& wanted) {
+        return entries.runs.FindStretch(entries.vertices.data(), static_cast<int>(entries.vertices.size()), wanted);
+    };
+    EXPECT_EQ(stretch({4, 6}), 1);
+    EXPECT_EQ(stretch({2, 4, 6, 8}), 0);
+    EXPECT_EQ(stretch({9}), 6);
+    EXPECT_EQ(stretch({5, 7}), RisingRuns::kUnknown); // 6 and 8 of the first run lie there, too
+    EXPECT_EQ(stretch({4, 8}), RisingRuns::kUnknown);
+    EXPECT_EQ(stretch({6, 4}), RisingRuns::kUnknown);
+    EXPECT_EQ(stretch({8, 9}), RisingRuns::kUnknown);
+    EXPECT_EQ(stretch({10}), RisingRuns::kUnknown);
+    EXPECT_EQ(stretch({}), RisingRuns::kUnknown);
+}
+
+RC_GTEST_PROP(RisingRuns, AStretchIsWhatOneByOneFinds, ())
+{
+    Entries entries({});
+    const int runs = *rc::gen::inRange(0, 5);
+    for (int run = 0; run < runs; ++run)
+        for (int vertex = *rc::gen::inRange(0, 30); vertex < 80; vertex += *rc::gen::inRange(1, 4))
+            entries.Append(vertex);
+    for (int round = 0; round < 5; ++round) {
+        std::vector<int> wanted;
+        if (!entries.vertices.empty()) {
+            const auto begin = *rc::gen::inRange<size_t>(0, entries.vertices.size());
+            const auto end = *rc::gen::inRange(begin, entries.vertices.size());
+            wanted.assign(entries.vertices.begin() + static_cast<std::ptrdiff_t>(begin),
+                          entries.vertices.begin() + static_cast<std::ptrdiff_t>(end));
+        }
+        const int found =
+            entries.runs.FindStretch(entries.vertices.data(), static_cast<int>(entries.vertices.size()), wanted);
+        for (size_t i = 0; found != RisingRuns::kUnknown && i < wanted.size(); ++i) {
+            const auto first = std::find(entries.vertices.begin(), entries.vertices.end(), wanted[i]);
+            RC_ASSERT(found + static_cast<int>(i) == static_cast<int>(first - entries.vertices.begin()));
         }
     }
 }

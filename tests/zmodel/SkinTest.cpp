@@ -76,6 +76,7 @@ TEST_F(Skin, EntriesWithoutACurrentLinkAreMisuse)
     EXPECT_THROW(skin->EntryVertex(0), ZHostMisuse);
     EXPECT_THROW(skin->EntryWeight(0), ZHostMisuse);
     EXPECT_THROW(skin->SetEntryWeight(1, 0), ZHostMisuse);
+    EXPECT_THROW(skin->ReserveEntries(1), ZHostMisuse);
     EXPECT_THROW(skin->SetVertexWeights(nullptr, nullptr, 0), ZHostMisuse);
     EXPECT_THROW(skin->FindEntry(0), ZHostMisuse);
     EXPECT_THROW(skin->ClearEntries(), ZHostMisuse);
@@ -130,6 +131,19 @@ TEST_F(Skin, TheModeOfASkinWithoutLinksCanBeAsked)
     skin->EndLink();
     EXPECT_EQ(skin->LinkCount(), 0);
     EXPECT_EQ(skin->LinkModel(0), nullptr);
+}
+
+TEST_F(Skin, RoomForEntriesIsNoMoreThanOneAVertex)
+{
+    BeginFirst();
+    skin->AddEntry(3, 0.5);
+    const std::uint64_t version = skin->GetVersion();
+    skin->ReserveEntries(1000000);
+    EXPECT_LE(skin->GetEntryVertices(0).GetCapacity(), skin->GetVertexCount());
+    skin->ReserveEntries(-5);
+    EXPECT_EQ(skin->GetVersion(), version);
+    EXPECT_THAT(skin->GetEntryVertices(0).Span(), testing::ElementsAre(3));
+    EXPECT_THAT(skin->GetEntryWeights(0).Span(), testing::ElementsAre(0.5));
 }
 
 TEST_F(Skin, WholeLinkCallsEqualTheSingleOnes)

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <span>
+#include <utility>
 
 /// A skin is filled vertex by vertex, and a gesture adds its new entries behind the old ones, again vertex by vertex:
 /// most lists are a few rising runs. Whoever asks for vertices in rising order finds each among the next few entries of
@@ -55,12 +56,36 @@ public:
         if (m_isMany)
             return false;
         std::fill_n(entries, wanted.size(), -1);
+        if (!wanted.empty() && static_cast<size_t>(wanted.back() - wanted.front()) + 1 == wanted.size()) {
+            FindNeighbours(vertices, count, wanted, entries);
+            return true;
+        }
         size_t missing = wanted.size();
         for (int i = 0; i < m_count && missing > 0; ++i) {
             const int end = i + 1 < m_count ? m_runs[static_cast<size_t>(i) + 1].begin : count;
             missing -= Walk(m_runs[static_cast<size_t>(i)], end, vertices, wanted, entries);
         }
         return true;
+    }
+    /// When the wanted vertices are those of entries side by side, the first of these; kUnknown means look one by one.
+    int FindStretch(const int* vertices, int count, std::span<const int> wanted)
+    {
+        // What equals a stretch of a run rises, so that runs passed over before have indeed none of the wanted.
+        for (int i = 0; i < m_count && !m_isMany && !wanted.empty(); ++i) {
+            Run& run = m_runs[static_cast<size_t>(i)];
+            if (wanted.front() > run.highest)
+                continue;
+            const int* const end = vertices + (i + 1 < m_count ? m_runs[static_cast<size_t>(i) + 1].begin : count);
+            const int* const at = Seek(run, end, vertices, wanted.front());
+            const std::ptrdiff_t left = end - at;
+            if (left >= static_cast<std::ptrdiff_t>(wanted.size()) && std::equal(wanted.begin(), wanted.end(), at)) {
+                run.cursor = static_cast<int>(std::min(at + wanted.size(), end - 1) - vertices);
+                return static_cast<int>(at - vertices);
+            }
+            if (left > 0 && *at <= wanted.back())
+                return kUnknown;
+        }
+        return kUnknown;
     }
     /// An entry was found in another way: the next ones are expected behind it.
     void GoTo(int entry)
@@ -112,6 +137,30 @@ private:
         while (at != near && *at < vertex)
             ++at;
         return at != near ? at : std::lower_bound(at, end, vertex);
+    }
+
+    /// Of vertices without a gap: whatever a run has of them is theirs, and says itself where it belongs. The first run
+    /// comes last, since its entries are those that count.
+    void FindNeighbours(const int* vertices, int count, std::span<const int> wanted, int* entries)
+    {
+        int end = count;
+        for (int i = m_count - 1; i >= 0; --i) {
+            Run& run = m_runs[static_cast<size_t>(i)];
+            const int runEnd = std::exchange(end, run.begin);
+            if (wanted.front() > run.highest)
+                continue;
+            const int* const first = Seek(run, vertices + runEnd, vertices, wanted.front());
+            int entry = static_cast<int>(first - vertices);
+            for (; entry < runEnd && vertices[entry] <= wanted.back(); ++entry)
+                entries[vertices[entry] - wanted.front()] = entry;
+            run.cursor = std::min(entry, runEnd - 1);
+        }
+    }
+    /// The first entry of the run that is not below `vertex`, sought from the cursor.
+    static const int* Seek(const Run& run, const int* end, const int* vertices, int vertex)
+    {
+        const int* const at = vertices + run.cursor;
+        return *at > vertex ? std::lower_bound(vertices + run.begin, at, vertex) : Jump(at, end, vertex);
     }
 
     static bool IsSame(const int* some, const int* others)

@@ -5,6 +5,7 @@
 #include "EntryIndex.h"
 #include "RisingRuns.h"
 #include "TouchedLog.h"
+#include "zbaselib/ZMemory.h"
 #include "zmodel/ZModel.h"
 #include "zmodel/ZSkin.h"
 
@@ -34,8 +35,7 @@ struct ZSkin::Link
     void AppendMany(const int* newVertices, const double* newWeights, int count)
     {
         const int begin = vertices.GetCount();
-        vertices.ReserveMore(count);
-        weights.ReserveMore(count);
+        ReserveMore(count);
         vertices.SetCountUninitialised(begin + count);
         weights.SetCountUninitialised(begin + count);
         std::copy_n(newVertices, count, vertices.GetData() + begin);
@@ -44,6 +44,11 @@ struct ZSkin::Link
             runs.Append(begin + i, newVertices[i]);
         if (index.IsBuilt())
             index.Appended(vertices, begin);
+    }
+    void ReserveMore(int more)
+    {
+        ZMemory_ReserveMore(vertices, more);
+        ZMemory_ReserveMore(weights, more);
     }
     int Find(int vertex)
     {
@@ -65,6 +70,43 @@ struct ZSkin::Link
             return;
         for (size_t i = 0; i < wanted.size(); ++i)
             entries[i] = Find(wanted[i]);
+    }
+    static constexpr int kBlock = 128;
+    /// Sets the weights of at most kBlock vertices, in order, and answers how many differed from what was there: those
+    /// vertices stand in `changed`. Vertices without an entry are passed over and counted.
+    size_t SetBlock(std::span<const int> wanted, const double* newWeights, int* changed, int& passedOver)
+    {
+        const int first = runs.FindStretch(vertices.GetData(), vertices.GetCount(), wanted);
+        if (first >= 0)
+            return SetStretch(first, wanted, newWeights, changed);
+        constexpr size_t kLineOfDoubles = 8; // on one cache line
+        double* const held = weights.GetData();
+        int entries[kBlock];
+        FindMany(wanted, entries);
+        for (size_t i = 0; i < wanted.size(); i += kLineOfDoubles)
+            __builtin_prefetch(held + std::max(entries[i], 0), 1);
+        size_t changedCount = 0;
+        for (size_t i = 0; i < wanted.size(); ++i) {
+            if (entries[i] < 0) {
+                ++passedOver;
+            } else if (held[entries[i]] != newWeights[i]) {
+                held[entries[i]] = newWeights[i];
+                changed[changedCount++] = wanted[i];
+            }
+        }
+        return changedCount;
+    }
+    /// Of entries side by side, without branches.
+    size_t SetStretch(int first, std::span<const int> wanted, const double* newWeights, int* changed)
+    {
+        double* const held = weights.GetData() + first;
+        size_t changedCount = 0;
+        for (size_t i = 0; i < wanted.size(); ++i) {
+            changed[changedCount] = wanted[i];
+            changedCount += held[i] != newWeights[i] ? 1 : 0;
+            held[i] = newWeights[i];
+        }
+        return changedCount;
     }
     /// The memory of the arrays is kept: who clears a link mostly fills it again.
     void Clear()

@@ -199,6 +199,17 @@ void ZSkin::AddEntries(const int* vertices, const double* weights, int count)
     ++m_version;
 }
 
+void ZSkin::ReserveEntries(int more)
+{
+    if (m_current == nullptr) {
+        NoCurrentLink("ISkinLinks::ReserveEntries");
+        return;
+    }
+    // A link has one entry a vertex: whoever asks for more does not know what is there.
+    const int room = m_vertexCount - m_current->vertices.GetCount();
+    m_current->ReserveMore(std::clamp(more, 0, std::max(room, 0)));
+}
+
 int ZSkin::EntryCount()
 {
     if (m_current != nullptr)
@@ -263,28 +274,12 @@ int ZSkin::SetVertexWeights(const int* vertices, const double* weights, int coun
     }
     if (m_rewriting)
         EndRewrite();
-    Link& link = *m_current;
-    double* const held = link.weights.GetData();
-    constexpr int kLineOfDoubles = 8; // on one cache line
-    constexpr int kBlock = 128;       // vertices that are looked up, and whose change is noted, at once
     int passedOver = 0;
-    for (int begin = 0; begin < count; begin += kBlock) {
-        const int blockCount = std::min(count - begin, kBlock);
-        int entries[kBlock];
-        link.FindMany({vertices + begin, static_cast<size_t>(blockCount)}, entries);
-        for (int i = 0; i < blockCount; i += kLineOfDoubles)
-            __builtin_prefetch(held + std::max(entries[i], 0), 1);
-        int changed[kBlock];
-        size_t changedCount = 0;
-        for (int i = 0; i < blockCount; ++i) {
-            const double weight = weights[begin + i];
-            if (entries[i] < 0) {
-                ++passedOver;
-            } else if (held[entries[i]] != weight) {
-                held[entries[i]] = weight;
-                changed[changedCount++] = vertices[begin + i];
-            }
-        }
+    for (int begin = 0; begin < count; begin += Link::kBlock) {
+        const auto blockCount = static_cast<size_t>(std::min(count - begin, Link::kBlock));
+        int changed[Link::kBlock];
+        const size_t changedCount =
+            m_current->SetBlock({vertices + begin, blockCount}, weights + begin, changed, passedOver);
         m_state->touched.Add(changed, changedCount);
         m_version += changedCount;
     }
