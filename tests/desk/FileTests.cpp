@@ -55,10 +55,7 @@ protected:
     /// The next file dialog is answered with this path.
     static void ChooseInNextDialog(const QString& path)
     {
-        WithNextDialog<QFileDialog>([path](QFileDialog& dialog) {
-            dialog.selectFile(path);
-            QMetaObject::invokeMethod(&dialog, "accept");
-        });
+        WithNextDialog<QFileDialog>([path](QFileDialog& dialog) { ChooseFile(dialog, path); });
     }
     /// The share of the viewer's pixels that are far from grey.
     double ColourfulShare()
@@ -246,7 +243,7 @@ TEST_F(DeskFiles, CharacterOfAnotherKindIsSavedUnderANameOfItsOwn)
     QString proposed;
     WithNextDialog<QFileDialog>([&](QFileDialog& dialog) {
         proposed = dialog.selectedFiles().value(0);
-        QMetaObject::invokeMethod(&dialog, "accept");
+        ChooseFile(dialog, proposed);
     });
     Action("FileSave")->trigger();
     EXPECT_EQ(proposed, folder.filePath("square.glb"));
@@ -366,8 +363,7 @@ TEST_F(DeskFiles, WeightsGoOutAndInAsATable)
             EXPECT_THAT(message.text().toStdString(), HasSubstr("while a tool holds the model"));
             message.accept();
         });
-        dialog.selectFile(table);
-        QMetaObject::invokeMethod(&dialog, "accept");
+        ChooseFile(dialog, table);
     });
     Action("FileImportWeights")->trigger();
     EXPECT_THAT(Title(), Not(HasSubstr("*")));
@@ -393,8 +389,7 @@ TEST_F(DeskFiles, CancelledReadingOfATableChangesNothing)
                 QTest::keyClick(&progress, Qt::Key_Escape);
             },
             500);
-        dialog.selectFile(path);
-        QMetaObject::invokeMethod(&dialog, "accept");
+        ChooseFile(dialog, path);
     });
     Action("FileImportWeights")->trigger();
     EXPECT_TRUE(pressed);

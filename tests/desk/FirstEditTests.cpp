@@ -158,10 +158,7 @@ TEST_F(FirstEdit, SaveAsWritesTheFileAndTakesTheStarAway)
     SelectBones({"Hips", "Spine"});
     TypeWeight(0, "12.5");
     const QString target = folder.filePath("saved.glb");
-    WithNextDialog<QFileDialog>([target](QFileDialog& dialog) {
-        dialog.selectFile(target);
-        QMetaObject::invokeMethod(&dialog, "accept");
-    });
+    WithNextDialog<QFileDialog>([target](QFileDialog& dialog) { ChooseFile(dialog, target); });
     Action("FileSaveAs")->trigger();
     ASSERT_TRUE(QFile::exists(target));
     EXPECT_EQ(window->windowTitle(), "saved.glb - Skindesk");

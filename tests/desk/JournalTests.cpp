@@ -11,6 +11,7 @@
 #include <QFileDialog>
 #include <QMessageBox>
 #include <QProcess>
+#include <QProcessEnvironment>
 #include <QPushButton>
 
 #include <csignal>
@@ -82,6 +83,10 @@ protected:
     void KillAnEditingProcess(const QString& character)
     {
         QProcess other;
+        // What is killed clears nothing up: its temporary folders go with ours.
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("TMPDIR", folder.path());
+        other.setProcessEnvironment(environment);
         other.start(QCoreApplication::applicationFilePath(),
                     {"--live-until-killed", QString::fromStdString(journalFolder), character});
         ASSERT_TRUE(other.waitForStarted());
@@ -113,8 +118,7 @@ TEST_F(Journal, KilledProcessLosesNothingThatItsTimerKept)
     QString proposed;
     WithNextDialog<QFileDialog>([&](QFileDialog& dialog) {
         proposed = dialog.selectedFiles().value(0);
-        dialog.selectFile(folder.filePath("recovered.glb"));
-        QMetaObject::invokeMethod(&dialog, "accept");
+        ChooseFile(dialog, folder.filePath("recovered.glb"));
     });
     Action("FileSave")->trigger();
     EXPECT_EQ(proposed, character);

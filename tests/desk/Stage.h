@@ -14,6 +14,8 @@
 #include <QApplication>
 #include <QDir>
 #include <QFile>
+#include <QFileDialog>
+#include <QLineEdit>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
@@ -130,4 +132,14 @@ template <class Dialog> void WithNextDialog(std::function<void(Dialog&)> answer,
         else
             ADD_FAILURE() << "no dialog opened";
     });
+}
+
+/// Types a file's path into a file dialog, and accepts. Selecting it in the dialog's list instead would hang on whether
+/// the list has been read by then.
+inline void ChooseFile(QFileDialog& dialog, const QString& path)
+{
+    auto* const name = dialog.findChild<QLineEdit*>("fileNameEdit");
+    ASSERT_NE(name, nullptr);
+    name->setText(path);
+    QMetaObject::invokeMethod(&dialog, "accept");
 }
