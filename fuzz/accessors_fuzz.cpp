@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Any description of accessors over any bytes: it is refused in one line, or every number that is read is the one that
 // stands in the bytes.
+#include "Require.h"
 #include "gltf/Accessor.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
@@ -10,7 +11,6 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 
 namespace {
@@ -18,13 +18,6 @@ namespace {
 using namespace skindesk::gltf;
 
 constexpr std::size_t LOOKED_AT = 512; // elements of an accessor
-
-void Require(bool holds)
-{
-    if (!holds) {
-        std::abort();
-    }
-}
 
 // Mostly small, so that it fits; sometimes any number.
 std::string NumberFrom(FuzzedDataProvider& from, unsigned small)

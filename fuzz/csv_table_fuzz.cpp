@@ -1,35 +1,14 @@
 // SPDX-License-Identifier: MIT
 // Any bytes as a weight table in CSV: they are refused in one line, or read; what was read is written and read again
 // the same, in CSV whatever the names hold.
+#include "Require.h"
+#include "SameTable.h"
 #include "documents/ZWeightTable.h"
 #include "gltf/FileError.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
-
-namespace {
-
-void Require(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
-
-bool IsSame(const ZWeightTable& a, const ZWeightTable& b)
-{
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const auto& left, const auto& right) {
-        return left.first == right.first &&
-               std::equal(left.second.begin(), left.second.end(), right.second.begin(), right.second.end(),
-                          [](const ZWeightRow& x, const ZWeightRow& y) {
-                              return x.vertex == y.vertex && x.bone == y.bone && x.weight == y.weight;
-                          });
-    });
-}
-
-} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, size_t size)
 {

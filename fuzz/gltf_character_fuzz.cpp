@@ -1,38 +1,19 @@
 // SPDX-License-Identifier: MIT
 // Any bytes as a character: they are refused in one line, or read; what was read can be edited, saved and read again,
 // and the edit is there.
+#include "Require.h"
+#include "ScratchFolder.h"
 #include "gltf/CharacterFile.h"
 
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 
 namespace {
 
 using namespace skindesk::gltf;
-
-void Require(bool holds)
-{
-    if (!holds) {
-        std::abort();
-    }
-}
-
-// A folder in memory where there is one: the fuzzer saves thousands of files a minute.
-const std::string& Folder()
-{
-    static const std::string FOLDER = [] {
-        const bool hasMemory = std::filesystem::is_directory("/dev/shm");
-        std::string pattern = (hasMemory ? std::filesystem::path("/dev/shm") : std::filesystem::temp_directory_path()) /
-                              ("skindesk-fuzz-" + std::string(6, 'X'));
-        Require(::mkdtemp(pattern.data()) != nullptr);
-        return pattern;
-    }();
-    return FOLDER;
-}
 
 void CheckRecords(const CharacterFile& file)
 {
@@ -68,7 +49,7 @@ ModelWeights EditedWeights(int node, const Mesh& mesh)
 
 void SaveAndReadAgain(const CharacterFile& file, int node, std::uint8_t choice)
 {
-    const std::string path = Folder() + "/" + std::filesystem::path(file.path).filename().string();
+    const std::string path = ScratchFolder() + "/" + std::filesystem::path(file.path).filename().string();
     const Mesh& mesh = file.meshes[static_cast<std::size_t>(file.nodes[static_cast<std::size_t>(node)].mesh)];
     const bool canEdit =
         mesh.VertexCount() > 0 &&
@@ -106,7 +87,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, size_t size)
     const bool isBinary = size >= 4 && data[0] == 'g' && data[1] == 'l';
     CharacterFile file;
     try {
-        file = ReadCharacter({data, size}, Folder() + (isBinary ? "/in/fuzz.glb" : "/in/fuzz.gltf"));
+        file = ReadCharacter({data, size}, ScratchFolder() + (isBinary ? "/in/fuzz.glb" : "/in/fuzz.gltf"));
     } catch (const FileError& error) {
         Require(std::string(error.what()).find('\n') == std::string::npos);
         return 0;

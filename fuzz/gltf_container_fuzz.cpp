@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Any bytes as the outer shape of a character file: chunks lie inside the bytes, every JSON value lies inside its text
 // and is found again by its pointer, and a text that is put together again without a change is the same bytes.
+#include "Require.h"
 #include "gltf/BufferUri.h"
 #include "gltf/GltfContainer.h"
 #include "gltf/JsonSplice.h"
@@ -8,18 +9,10 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 
 namespace {
 
 using namespace skindesk::gltf;
-
-void Require(bool holds)
-{
-    if (!holds) {
-        std::abort();
-    }
-}
 
 void CheckPlaces(std::string_view text, bool zeroPadded)
 {

@@ -1,33 +1,16 @@
 // SPDX-License-Identifier: MIT
 // Any bytes as a weight table in JSON: they are refused in one line, or read; what was read is written and read again
 // the same, as JSON and as CSV.
+#include "Require.h"
+#include "SameTable.h"
 #include "documents/ZWeightTable.h"
 #include "gltf/FileError.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 
 namespace {
-
-void Require(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
-
-bool IsSame(const ZWeightTable& a, const ZWeightTable& b)
-{
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const auto& left, const auto& right) {
-        return left.first == right.first &&
-               std::equal(left.second.begin(), left.second.end(), right.second.begin(), right.second.end(),
-                          [](const ZWeightRow& x, const ZWeightRow& y) {
-                              return x.vertex == y.vertex && x.bone == y.bone && x.weight == y.weight;
-                          });
-    });
-}
 
 // A model without rows has no line in CSV.
 ZWeightTable WithoutEmptyModels(ZWeightTable table)

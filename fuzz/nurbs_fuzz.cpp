@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Any bytes as the JSON of the extension TW_nurbs_surface, in a file that is well otherwise: it is refused in one line,
 // or read; then the surface can be evaluated, edited, saved with its seams tied, and read again.
+#include "Require.h"
+#include "ScratchFolder.h"
 #include "gltf/CharacterFile.h"
 #include "gltf/NurbsStandIn.h"
 #include "zmodel/ZGeometryModels.h"
@@ -8,32 +10,11 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
-#include <filesystem>
 #include <string>
 
 namespace {
 
 using namespace skindesk::gltf;
-
-void Require(bool holds)
-{
-    if (!holds) {
-        std::abort();
-    }
-}
-
-const std::string& Folder()
-{
-    static const std::string FOLDER = [] {
-        const bool hasMemory = std::filesystem::is_directory("/dev/shm");
-        std::string pattern = (hasMemory ? std::filesystem::path("/dev/shm") : std::filesystem::temp_directory_path()) /
-                              ("skindesk-nurbs-" + std::string(6, 'X'));
-        Require(::mkdtemp(pattern.data()) != nullptr);
-        return pattern;
-    }();
-    return FOLDER;
-}
 
 // Accessors 0 to 3 have six elements (places, weights of points, joints, weights), 4 to 6 have four (places of the
 // stand-in, its joints and weights); all lie in 144 bytes of which each is 64: as a float 3.0, as a joint 64.
@@ -89,7 +70,7 @@ void EditAndSave(const CharacterFile& file)
     }
     SaveOptions options;
     options.tieSeams = true;
-    const std::string path = Folder() + "/fuzz.gltf";
+    const std::string path = ScratchFolder() + "/fuzz.gltf";
     static_cast<void>(WriteCharacter(file, {{weights}, {}}, options, path));
     const CharacterFile saved = ReadCharacter(path);
     Require(saved.meshes[0].nurbs.has_value());
@@ -109,7 +90,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, size_t size)
     CharacterFile file;
     try {
         file = ReadCharacter({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()},
-                             Folder() + "/in/fuzz.gltf");
+                             ScratchFolder() + "/in/fuzz.gltf");
     } catch (const FileError& error) {
         Require(std::string(error.what()).find('\n') == std::string::npos);
         return 0;

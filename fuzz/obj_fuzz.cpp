@@ -1,25 +1,14 @@
 // SPDX-License-Identifier: MIT
 // Any bytes as an OBJ file: they are refused in one line, or become a glTF file that the ordinary reader takes, with
 // the models that the OBJ file named.
+#include "Require.h"
 #include "import/GltfText.h"
 #include "obj/ObjFile.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
-
-namespace {
 
 using namespace skindesk;
-
-void Require(bool holds)
-{
-    if (!holds) {
-        std::abort();
-    }
-}
-
-} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, size_t size)
 {
