@@ -10,6 +10,7 @@
 #include <rapidcheck/gtest.h>
 
 #include <cmath>
+#include <utility>
 
 namespace {
 
@@ -229,16 +230,51 @@ TEST_F(ConstraintTest, AMirroredSkeletonStandsAtItsMirroredRest)
     EXPECT_LT(ZgeDeterminant3(foot->GetTransformMatrix(true)), 0);
 }
 
+/// Counts what is written through a connector, and writes it.
+class CountingConnector final : public IConnector
+{
+public:
+    explicit CountingConnector(IConnector* counted) : m_counted(*counted) {}
+    bool ReadDataEx(double* data, kBufferTypeLocalGlobal& buffer, const ZEvaluateInfo& info) override
+    {
+        return m_counted.ReadDataEx(data, buffer, info);
+    }
+    bool WriteDataEx(const double* data, kBufferTypeLocalGlobal buffer, const ZEvaluateInfo& info,
+                     int writeMode) override
+    {
+        ++writes;
+        return m_counted.WriteDataEx(data, buffer, info, writeMode);
+    }
+    kBufferTypeLocalGlobal GetBufferType() const override { return m_counted.GetBufferType(); }
+    ZDataType GetDataType() const override { return m_counted.GetDataType(); }
+    ZModel* GetObject() const override { return m_counted.GetObject(); }
+
+    int writes = 0;
+
+private:
+    IConnector& m_counted;
+};
+
 TEST_F(ConstraintTest, SamePassIdActsOnce)
 {
     AddAll();
     constraint.ConstraintSetEnabled(true);
+    Evaluate();
+    constexpr size_t kFoot = 2;
+    IConnector*& destination = constraint.GetEntries()[0]->destinations[0][kFoot];
+    ASSERT_NE(destination, nullptr);
+    CountingConnector counting(destination);
+    IConnector* const counted = std::exchange(destination, &counting);
     ZEvaluateInfo info;
     info.passId = 4711;
     EXPECT_TRUE(constraint.ConstraintEvaluate(info));
+    EXPECT_EQ(counting.writes, 1);
     EXPECT_FALSE(constraint.ConstraintEvaluate(info));
+    EXPECT_EQ(counting.writes, 1);
     info.passId = 4712;
     EXPECT_TRUE(constraint.ConstraintEvaluate(info));
+    EXPECT_EQ(counting.writes, 2);
+    destination = counted;
 }
 
 TEST_F(ConstraintTest, TeardownRunsAtTheNextEvaluationAndIsHandled)
