@@ -75,7 +75,8 @@ void SkinRewriter_Rewrite(ISkinLinks& links, const VertexInfluences* records, in
 }
 
 SkinWeightBatch::SkinWeightBatch(ISkinLinks* links, size_t vertices)
-    : m_links(links), m_vertices(static_cast<int>(vertices)), m_setsPerLink(static_cast<int>(std::clamp<size_t>(vertices, 1, 512))),
+    : m_links(links), m_vertices(static_cast<int>(vertices)),
+      m_setsPerLink(static_cast<int>(std::clamp<size_t>(vertices, 1, 512))),
       m_setCounts(links != nullptr ? static_cast<size_t>(links->LinkCount()) : 0, 0),
       m_setVertices(new int[m_setCounts.size() * static_cast<size_t>(m_setsPerLink)]),
       m_setWeights(new double[m_setCounts.size() * static_cast<size_t>(m_setsPerLink)]), m_adds(m_setCounts.size())

@@ -33,7 +33,7 @@ void VertexInfluencesSlab::Allocate(int count)
     if (count <= 0)
         return;
     const size_t bytes = sizeof(VertexInfluences) * static_cast<size_t>(count);
-    m_records = static_cast<VertexInfluences*>(::operator new(bytes, std::align_val_t{kCacheLine}));
+    m_records = static_cast<VertexInfluences*>(::operator new (bytes, std::align_val_t{kCacheLine}));
     ZMemory_ExpectAnyOrder(m_records, bytes);
     m_count = count;
 }
@@ -47,7 +47,7 @@ void VertexInfluencesSlab::ConstructUpTo(int end)
 void VertexInfluencesSlab::Free()
 {
     std::destroy_n(m_records, m_alive);
-    ::operator delete(static_cast<void*>(m_records), std::align_val_t{kCacheLine});
+    ::operator delete (static_cast<void*>(m_records), std::align_val_t{kCacheLine});
     m_records = nullptr;
     m_count = 0;
     m_alive = 0;

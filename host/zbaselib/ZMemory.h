@@ -5,11 +5,11 @@
 #include <cstddef>
 #include <span>
 
-/// Says of a fresh table, or of one that has grown, before the new part is first written, that it will be read and written in any order. The system may
-/// then give it out in large pages: in small ones a table of some megabytes has more pages than the processor
-/// remembers, and finding the page takes longer than the memory. Only advice: nothing changes but the speed. Small
-/// tables are left as they are. Memory that is written from one end to the other gains only where all of it is written
-/// at once: collecting large pages takes time, too. Any thread.
+/// Says of a fresh table, or of one that has grown, before the new part is first written, that it will be read and
+/// written in any order. The system may then give it out in large pages: in small ones a table of some megabytes has
+/// more pages than the processor remembers, and finding the page takes longer than the memory. Only advice: nothing
+/// changes but the speed. Small tables are left as they are. Memory that is written from one end to the other gains
+/// only where all of it is written at once: collecting large pages takes time, too. Any thread.
 void ZMemory_ExpectAnyOrder(void* table, size_t bytes);
 
 /// Room for `more` further elements of a ZArrayTemplate, which are about to be written: when it has to grow, in large

@@ -4,6 +4,8 @@
 
 #include "object/ZUndoStack.h"
 
+#include <limits>
+
 namespace {
 
 ZgeMatrix At(double x, double y = 0, double z = 0) { return ZgeTranslation({x, y, z}); }
@@ -131,6 +133,16 @@ TEST_F(Skin, TheModeOfASkinWithoutLinksCanBeAsked)
     skin->EndLink();
     EXPECT_EQ(skin->LinkCount(), 0);
     EXPECT_EQ(skin->LinkModel(0), nullptr);
+}
+
+TEST_F(Skin, VerticesThatAreNowhereArePassedOverAndCounted)
+{
+    BeginFirst();
+    skin->AddEntry(3, 0.5);
+    const int asked[] = {std::numeric_limits<int>::min(), 3, std::numeric_limits<int>::max()};
+    const double written[] = {0.1, 0.2, 0.3};
+    EXPECT_EQ(skin->SetVertexWeights(asked, written, 3), 2);
+    EXPECT_THAT(skin->GetEntryWeights(0).Span(), testing::ElementsAre(0.2));
 }
 
 TEST_F(Skin, RoomForEntriesIsNoMoreThanOneAVertex)

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
+#include <iterator>
 #include <span>
 #include <utility>
 
@@ -56,7 +58,7 @@ public:
         if (m_isMany)
             return false;
         std::fill_n(entries, wanted.size(), -1);
-        if (!wanted.empty() && static_cast<size_t>(wanted.back() - wanted.front()) + 1 == wanted.size()) {
+        if (HasNoGap(wanted)) {
             FindNeighbours(vertices, count, wanted, entries);
             return true;
         }
@@ -139,6 +141,10 @@ private:
         return at != near ? at : std::lower_bound(at, end, vertex);
     }
 
+    static bool HasNoGap(std::span<const int> rising)
+    {
+        return !rising.empty() && std::int64_t{rising.back()} - rising.front() + 1 == std::ssize(rising);
+    }
     /// Of vertices without a gap: whatever a run has of them is theirs, and says itself where it belongs. The first run
     /// comes last, since its entries are those that count.
     void FindNeighbours(const int* vertices, int count, std::span<const int> wanted, int* entries)
