@@ -148,17 +148,15 @@ void ZWeightUIModelData::BeginSelectionBatch()
 
 void ZWeightUIModelData::EndSelectionBatch()
 {
-    if (m_private->batchDepth == 1)
-        FlushSelectionBatch();
-    if (m_private->batchDepth > 0)
-        --m_private->batchDepth;
+    if (m_private->batchDepth == 0 || --m_private->batchDepth > 0)
+        return;
+    FlushSelectionBatch();
 }
 
 void ZWeightUIModelData::FlushSelectionBatch()
 {
     Private& state = *m_private;
-    if (state.batchDepth == 0)
-        return; // outside of a batch the lists are true, and nobody counts
+    // Outside of a batch nobody counts what leaves: then no count is below its list, and nothing happens here.
     if (state.liveSelected == 0)
         selectedVertices.RemoveAll();
     else if (state.liveSelected < selectedVertices.GetCount())

@@ -184,9 +184,11 @@ TEST_F(VertexState, MakingTheListsTrueOutsideABatchChangesNothing)
     data->DeselectVertex(0, nullptr);
     data->EndSelectionBatch();
     data->SetVertexState(0, 2);
+    data->SetVertexState(1, 2);
+    data->SetVertexState(0, 0);
     data->FlushSelectionBatch();
-    EXPECT_THAT(data->selectedVertices, ElementsAre(0));
-    EXPECT_THAT(data->activeVertices, ElementsAre(0));
+    EXPECT_THAT(data->selectedVertices, ElementsAre(1));
+    EXPECT_THAT(data->activeVertices, ElementsAre(1));
 }
 
 TEST_F(VertexState, BatchesNest)

@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <limits>
+#include <numeric>
 
 using testing::ElementsAre;
 using testing::FloatEq;
@@ -268,6 +269,22 @@ TEST_F(WriteBack, ManySpreadsEndAsOneByOne)
     EXPECT_EQ(*data->vertexInfluences[2], Record({{2, 0.0F}, {1, 0.75F}, {0, 0.25F}}));
     EXPECT_EQ(TinyCharacter::Weights(mesh),
               (std::vector<std::vector<double>>{{0.25, 0.75, 0}, {0.25, 0.75, 0}, {0.25, 0.75, 0}}));
+}
+
+TEST_F(WriteBack, LinkThatGetsManyEntriesMakesRoomForThemOnce)
+{
+    constexpr int kVertices = 10000; // more than a batch hands over at once; growing by half would end above it
+    ZModelPolymesh* const large = character.AddMesh("Large", kVertices);
+    for (int vertex = 0; vertex < kVertices; ++vertex)
+        TinyCharacter::Weight(large, 0, vertex, 1.0);
+    const auto loaded = stage.Load(large);
+    std::vector<int> vertices(kVertices);
+    std::iota(vertices.begin(), vertices.end(), 0);
+    loaded->SetManyVertexSpreads(vertices, std::vector<int>{1}, std::vector<double>{1.0});
+    const ZSkin& skin = *large->GetSkin();
+    EXPECT_EQ(skin.GetEntryVertices(1).GetCount(), kVertices);
+    EXPECT_EQ(skin.GetEntryVertices(1).GetCapacity(), kVertices);
+    EXPECT_EQ(skin.GetEntryWeights(1).GetCapacity(), kVertices);
 }
 
 /// The vertex list may name a vertex twice; its link has one entry all the same.

@@ -27,6 +27,17 @@ struct Entries
     std::vector<int> vertices;
 };
 
+/// Up to four runs of vertices below `end`, each less than `longestStep` above the one before.
+Entries SomeRuns(int end, int longestStep)
+{
+    Entries entries({});
+    const int runs = *rc::gen::inRange(0, 5);
+    for (int run = 0; run < runs; ++run)
+        for (int vertex = *rc::gen::inRange(0, 40); vertex < end; vertex += *rc::gen::inRange(1, longestStep))
+            entries.Append(vertex);
+    return entries;
+}
+
 TEST(RisingRuns, VerticesAskedForInOrderAreAllKnown)
 {
     // Old entries of even vertices, new ones of odd: two runs.
@@ -99,11 +110,7 @@ RC_GTEST_PROP(RisingRuns, NeverNameAnotherEntryThanTheFirst, ())
 
 RC_GTEST_PROP(RisingRuns, ManyAtOnceAreFoundAsOneByOne, ())
 {
-    Entries entries({});
-    const int runs = *rc::gen::inRange(0, 5);
-    for (int run = 0; run < runs; ++run)
-        for (int vertex = *rc::gen::inRange(0, 40); vertex < 400; vertex += *rc::gen::inRange(1, 60))
-            entries.Append(vertex);
+    Entries entries = SomeRuns(400, 60);
     for (int round = 0; round < 3; ++round) {
         // Without a gap, or with some.
         const int longestStep = *rc::gen::element(2, 50);
@@ -141,11 +148,7 @@ TEST(RisingRuns, EntriesSideBySideAreAStretch)
 
 RC_GTEST_PROP(RisingRuns, AStretchIsWhatOneByOneFinds, ())
 {
-    Entries entries({});
-    const int runs = *rc::gen::inRange(0, 5);
-    for (int run = 0; run < runs; ++run)
-        for (int vertex = *rc::gen::inRange(0, 30); vertex < 80; vertex += *rc::gen::inRange(1, 4))
-            entries.Append(vertex);
+    Entries entries = SomeRuns(80, 4);
     for (int round = 0; round < 5; ++round) {
         std::vector<int> wanted;
         if (!entries.vertices.empty()) {

@@ -151,7 +151,8 @@ TEST_F(Skin, RoomForEntriesIsNoMoreThanOneAVertex)
     skin->AddEntry(3, 0.5);
     const std::uint64_t version = skin->GetVersion();
     skin->ReserveEntries(1000000);
-    EXPECT_LE(skin->GetEntryVertices(0).GetCapacity(), skin->GetVertexCount());
+    EXPECT_EQ(skin->GetEntryVertices(0).GetCapacity(), skin->GetVertexCount());
+    EXPECT_EQ(skin->GetEntryWeights(0).GetCapacity(), skin->GetVertexCount());
     skin->ReserveEntries(-5);
     EXPECT_EQ(skin->GetVersion(), version);
     EXPECT_THAT(skin->GetEntryVertices(0).Span(), testing::ElementsAre(3));
