@@ -15,8 +15,8 @@ inline constexpr int kDeformTotal100 = 2;
 
 /// Skin storage. BeginLink makes a link current until EndLink; beginning another one in between is misuse, ending
 /// without a current link is not. Entries name vertices of the owner: others are refused as misuse. User-interface
-/// thread only, or an evaluation pass while that waits. A link keeps its entries as two arrays (vertex, weight) and a
-/// vertex -> entry index that is built when first asked for and kept true by AddEntry, ClearEntries and link removal.
+/// thread only, or an evaluation pass while that waits. A link keeps its entries as two arrays (vertex, weight) and
+/// knows in which stretches their vertices rise; an index is built at the first question that these do not answer.
 /// Weights are fractions of one.
 class ZSkin : public ISkinLinks
 {

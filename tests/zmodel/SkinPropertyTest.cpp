@@ -78,10 +78,20 @@ RC_GTEST_PROP(SkinProperty, EntriesAndLookupsEqualAPlainList, ())
             }
             break;
         case 2: {
-            skin.SetVertexWeights(&vertex, &weight, 1);
-            const int entry = plain.Find(vertex);
-            if (entry >= 0)
-                plain.entries[static_cast<size_t>(entry)].second = weight;
+            const int count = *rc::gen::inRange(1, 6);
+            std::vector<int> vertices;
+            for (int i = 0; i < count; ++i)
+                vertices.push_back(vertex + i * *rc::gen::inRange(1, 3));
+            const std::vector<double> weights(vertices.size(), weight);
+            int missing = 0;
+            for (const int wanted : vertices) {
+                const int entry = plain.Find(wanted);
+                if (entry >= 0)
+                    plain.entries[static_cast<size_t>(entry)].second = weight;
+                else
+                    ++missing;
+            }
+            RC_ASSERT(skin.SetVertexWeights(vertices.data(), weights.data(), count) == missing);
             break;
         }
         default: // also a vertex that has an entry: FindEntry answers the first

@@ -176,6 +176,27 @@ TEST_F(Skin, WholeLinkCallsEqualTheSingleOnes)
     EXPECT_THAT(std::vector<double>(readWeights, readWeights + count), testing::ElementsAre(0.7, 0.2, 0.5));
 }
 
+TEST_F(Skin, WeightsSetTogetherAreTouchedWhereTheyDiffer)
+{
+    BeginFirst();
+    for (const int vertex : {1, 3, 5, 7, 2, 4})
+        skin->AddEntry(vertex, 0.5);
+    // Side by side, from two runs, and one by one.
+    for (const std::vector<int>& asked : {std::vector<int>{3, 5, 7}, {3, 4, 5}, {7, 4, 3}}) {
+        const double fresh = skin->EntryWeight(1) / 2;
+        const std::vector<double> written{fresh, skin->EntryWeight(skin->FindEntry(asked[1])), fresh};
+        const std::uint64_t mark = skin->GetTouchMark();
+        const std::uint64_t version = skin->GetVersion();
+        std::vector<int> touched;
+        EXPECT_EQ(skin->SetVertexWeights(asked.data(), written.data(), 3), 0);
+        ASSERT_TRUE(skin->GetTouchedSince(mark, touched));
+        EXPECT_THAT(touched, testing::ElementsAre(asked[0], asked[2]));
+        EXPECT_EQ(skin->GetVersion(), version + 2);
+        EXPECT_EQ(skin->SetVertexWeights(asked.data(), written.data(), 3), 0);
+        EXPECT_EQ(skin->GetVersion(), version + 2) << "the same weights again";
+    }
+}
+
 TEST_F(Skin, AddLinkAnswersTheLinkThatFollowsTheBoneAlready)
 {
     EXPECT_EQ(skin->AddLink(hip.get()), 0);
